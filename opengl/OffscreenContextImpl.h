@@ -1,0 +1,29 @@
+#pragma once
+// The two ways the process gets an offscreen OpenGL context: through Qt's
+// platform plugin, or through a raw surfaceless EGL context when the
+// platform has no GL (no X server at all).
+
+#include <memory>
+
+class QThread;
+
+namespace Ond::OpenGLUtils {
+
+class OffscreenContextImpl
+{
+public:
+    virtual ~OffscreenContextImpl() = default;
+    virtual void destroy() = 0;
+    virtual bool makeCurrent() = 0;
+    virtual void doneCurrent() = 0;
+    virtual bool isValid() const = 0;
+    virtual void moveToThread(QThread* thread) = 0;
+    // Remembers the context current on this thread now, and puts it back.
+    virtual void savePrevious() = 0;
+    virtual void restorePrevious() = 0;
+};
+
+std::unique_ptr<OffscreenContextImpl> createQtOffscreenContext(bool share);
+std::unique_ptr<OffscreenContextImpl> createEglOffscreenContext(bool share);
+
+} // namespace Ond::OpenGLUtils
