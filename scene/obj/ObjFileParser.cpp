@@ -1,0 +1,462 @@
+#include "scene/obj/ObjFileParser.h"
+
+#include "program/ProgressInterface.h"
+#include "scene/obj/ObjBlockParser.h"
+#include "scene/obj/ObjReindexer.h"
+
+#include <QIODevice>
+#include <QObject>
+
+#include <Eigen/Geometry>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+namespace Ond::SceneLoad {
+
+namespace {
+
+const char* const StageTexts[] = {
+    QT_TRANSLATE_NOOP("QObject", "Reading file content"),
+    QT_TRANSLATE_NOOP("QObject", "Parsing file content"),
+    QT_TRANSLATE_NOOP("QObject", "Computing normals"),
+    QT_TRANSLATE_NOOP("QObject", "Reindexing"),
+    "",
+};
+
+// Block text, the tail that completes its last line, its line feed, and
+// slack so that look-ahead past the line feed stays inside the buffer.
+constexpr size_t BufferBytes = ObjFileParser::BlockSize + ObjFileParser::LineTail + 16;
+
+constexpr float NormalEpsilon = 1e-7f;
+
+uint32_t nameId(std::unordered_map<std::string, uint32_t>& ids, QStringList& names,
+                const std::string& name)
+{
+    auto found = ids.find(name);
+    if (found != ids.end())
+        return found->second;
+    const uint32_t id = static_cast<uint32_t>(names.size());
+    names.append(QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
+    ids.emplace(name, id);
+    return id;
+}
+
+} // namespace
+
+ObjFileParser::ObjFileParser(QIODevice* device, bool computeNormals,
+                             Ond::Core::ProgressInterface* progress)
+    : m_device(device)
+    , m_computeNormals(computeNormals)
+{
+    std::thread reader([this] {
+        run();
+        {
+            std::lock_guard<std::mutex> lock(m_stateMutex);
+            m_finished = true;
+        }
+        m_stateChanged.notify_all();
+    });
+
+    std::unique_lock<std::mutex> lock(m_stateMutex);
+    while (!m_finished) {
+        m_stateChanged.wait_for(lock, std::chrono::milliseconds(100));
+        if (!progress || m_finished)
+            continue;
+        lock.unlock();
+        progress->setText(QObject::tr(StageTexts[m_stage.load()]));
+        progress->setValue(m_progress.load());
+        if (progress->isCancelled() && !m_cancelled.exchange(true))
+            fail();
+        lock.lock();
+    }
+    lock.unlock();
+    reader.join();
+
+    if (progress && !m_failed.load()) {
+        progress->setText(QString());
+        progress->setValue(1.0);
+    }
+}
+
+ObjFileParser::~ObjFileParser() = default;
+
+void ObjFileParser::setProgress(Stage stage, double value)
+{
+    m_stage.store(stage);
+    m_progress.store(value);
+}
+
+void ObjFileParser::fail()
+{
+    {
+        std::lock_guard<std::mutex> lock(m_queueMutex);
+        m_failed.store(true);
+    }
+    m_workAvailable.notify_all();
+    m_jobDone.notify_all();
+}
+
+char* ObjFileParser::takeBuffer()
+{
+    std::lock_guard<std::mutex> lock(m_poolMutex);
+    if (!m_freeBuffers.empty()) {
+        char* buffer = m_freeBuffers.back();
+        m_freeBuffers.pop_back();
+        return buffer;
+    }
+    m_allBuffers.emplace_back(new char[BufferBytes]());
+    return m_allBuffers.back().get();
+}
+
+void ObjFileParser::releaseBuffer(char* buffer)
+{
+    std::lock_guard<std::mutex> lock(m_poolMutex);
+    m_freeBuffers.push_back(buffer);
+}
+
+void ObjFileParser::run()
+{
+    if (!open() || !scan())
+        return;
+
+    const ObjChunk totals = m_chunks.empty() ? ObjChunk{} : m_chunks.back();
+    uint64_t vertices = totals.vertexBase, texcoords = totals.texcoordBase, normals = totals.normalBase;
+    m_result.positions.assign(vertices + 1, Eigen::Vector3f::Zero());
+    m_result.texcoords.assign(texcoords + 1, Eigen::Vector2f::Zero());
+    m_result.normals.assign(normals + 1, Eigen::Vector3f::Zero());
+    m_result.colors.assign(1, Eigen::Vector4f::Zero());
+
+    ObjAttributeArrays arrays;
+    arrays.positions = m_result.positions.data();
+    arrays.texcoords = m_result.texcoords.data();
+    arrays.normals = m_result.normals.data();
+    arrays.positionCount = m_result.positions.size();
+    arrays.texcoordCount = m_result.texcoords.size();
+    arrays.normalCount = m_result.normals.size();
+    m_blockParser = std::make_unique<ObjBlockParser>(arrays, m_errors, m_notExportedBySculptTool);
+
+    parseBlocks();
+    if (m_failed.load() || !validate())
+        return;
+
+    if (m_computeNormals && !m_result.hasNormals) {
+        setProgress(ComputingNormals, 0.8);
+        computeNormals();
+    }
+    if (m_failed.load())
+        return;
+
+    reindex();
+    if (!m_failed.load())
+        setProgress(Done, 1.0);
+}
+
+bool ObjFileParser::open()
+{
+    if (!m_device) {
+        m_errors.add(ObjError::Open, QStringLiteral("No device"));
+        fail();
+        return false;
+    }
+    if (!m_device->isOpen() && !m_device->open(QIODevice::ReadOnly)) {
+        m_errors.add(ObjError::Open, m_device->errorString());
+        fail();
+        return false;
+    }
+    return true;
+}
+
+bool ObjFileParser::scan()
+{
+    const qint64 fileSize = m_device->size();
+    if (fileSize <= 0) {
+        m_errors.add(ObjError::Open, QStringLiteral("File is empty"));
+        fail();
+        return false;
+    }
+    const uint64_t blockCount = ((static_cast<uint64_t>(fileSize) - 1) >> 20) + 1;
+
+    // The counts of one block are the bases of the next; the last record
+    // after the loop holds the totals.
+    ObjChunk next;
+    next.firstLine = 1;
+    char* buffer = takeBuffer();
+    while (!m_device->atEnd() && !m_failed.load()) {
+        qint64 got = m_device->read(buffer, static_cast<qint64>(BlockSize));
+        if (got < 0) {
+            m_errors.add(ObjError::Open, m_device->errorString());
+            fail();
+            break;
+        }
+        if (got == 0)
+            break;
+        if (got == static_cast<qint64>(BlockSize)) {
+            // Complete the last line so that no block splits one.
+            const qint64 tail = m_device->readLine(buffer + got, static_cast<qint64>(LineTail) + 1);
+            if (tail > 0)
+                got += tail;
+        }
+        buffer[got] = '\n';
+        buffer[got + 1] = '\0';
+
+        ObjChunk chunk = next;
+        chunk.size = static_cast<uint64_t>(got);
+        uint64_t lines = 0, faceLines = 0;
+        const char* p = buffer;
+        const char* const end = buffer + got;
+        while (p < end) {
+            if (p[0] == 'v') {
+                next.vertexBase += p[1] == ' ';
+                next.normalBase += p[1] == 'n';
+                next.texcoordBase += p[1] == 't';
+            } else if (p[0] == 'f') {
+                faceLines += p[1] == ' ';
+            }
+            ++lines;
+            p = static_cast<const char*>(std::memchr(p, '\n', end - p + 1)) + 1;
+        }
+        chunk.faceLines = faceLines;
+        m_chunks.push_back(chunk);
+
+        next.offset += chunk.size;
+        next.firstLine += lines;
+        setProgress(Reading, 0.1 * static_cast<double>(m_chunks.size()) / static_cast<double>(blockCount));
+    }
+    releaseBuffer(buffer);
+    if (m_failed.load())
+        return false;
+
+    // Totals, as a record past the last block.
+    ObjChunk totals = next;
+    totals.size = 0;
+    m_chunks.push_back(totals);
+
+    if (!m_device->seek(0)) {
+        m_errors.add(ObjError::Open, m_device->errorString());
+        fail();
+        return false;
+    }
+    return true;
+}
+
+void ObjFileParser::parseBlocks()
+{
+    // The scan's totals record is no block.
+    const size_t blockCount = m_chunks.size() - 1;
+    const unsigned hardware = std::max(1u, std::thread::hardware_concurrency());
+    const size_t workerCount = std::min<size_t>({hardware, 99, std::max<size_t>(blockCount, 1)});
+    m_backlog = std::min<uint64_t>(99 - workerCount, workerCount);
+    m_jobs.resize(blockCount);
+    setProgress(Parsing, 0.1);
+
+    std::vector<std::thread> workers;
+    workers.reserve(workerCount);
+    for (size_t i = 0; i < workerCount; ++i)
+        workers.emplace_back([this] { workerLoop(); });
+
+    for (size_t i = 0; i < blockCount && !m_failed.load(); ++i) {
+        const ObjChunk& chunk = m_chunks[i];
+        char* buffer = takeBuffer();
+        uint64_t total = 0;
+        while (total < chunk.size) {
+            const qint64 got = m_device->read(buffer + total, static_cast<qint64>(chunk.size - total));
+            if (got <= 0)
+                break;
+            total += static_cast<uint64_t>(got);
+        }
+        if (total != chunk.size) {
+            releaseBuffer(buffer);
+            m_errors.add(ObjError::Open, QStringLiteral("Error while reading file"));
+            fail();
+            break;
+        }
+        buffer[chunk.size] = '\n';
+        buffer[chunk.size + 1] = '\0';
+
+        auto job = std::make_unique<ObjParseJob>();
+        job->buffer = buffer;
+        job->chunk = chunk;
+        {
+            std::lock_guard<std::mutex> lock(m_queueMutex);
+            m_jobs[i] = std::move(job);
+            m_queued = i + 1;
+        }
+        m_workAvailable.notify_one();
+
+        mergeReadyJobs();
+        std::unique_lock<std::mutex> lock(m_queueMutex);
+        m_jobDone.wait(lock, [this] {
+            const uint64_t taken = std::min(m_nextTicket.load(), m_queued);
+            return m_failed.load() || m_queued - taken <= m_backlog;
+        });
+    }
+
+    {
+        std::lock_guard<std::mutex> lock(m_queueMutex);
+        m_readingFinished = true;
+    }
+    m_workAvailable.notify_all();
+
+    for (;;) {
+        {
+            std::unique_lock<std::mutex> lock(m_queueMutex);
+            m_jobDone.wait(lock, [this] {
+                return m_failed.load() || m_merged >= m_queued || m_jobs[m_merged]->done.load();
+            });
+            if (m_failed.load() || m_merged >= m_queued)
+                break;
+        }
+        mergeReadyJobs();
+    }
+
+    for (std::thread& worker : workers)
+        worker.join();
+}
+
+void ObjFileParser::workerLoop()
+{
+    for (;;) {
+        const uint64_t ticket = m_nextTicket.fetch_add(1);
+        ObjParseJob* job = nullptr;
+        {
+            std::unique_lock<std::mutex> lock(m_queueMutex);
+            m_workAvailable.wait(lock, [&] {
+                return m_failed.load() || ticket < m_queued || m_readingFinished;
+            });
+            if (m_failed.load() || ticket >= m_queued)
+                return;
+            job = m_jobs[ticket].get();
+        }
+
+        m_blockParser->parse(*job);
+        releaseBuffer(job->buffer);
+        job->buffer = nullptr;
+        {
+            std::lock_guard<std::mutex> lock(m_queueMutex);
+            job->done.store(true);
+        }
+        m_jobDone.notify_all();
+    }
+}
+
+void ObjFileParser::mergeReadyJobs()
+{
+    const double blockCount = static_cast<double>(std::max<size_t>(m_jobs.size(), 1));
+    for (;;) {
+        ObjParseJob* job = nullptr;
+        {
+            std::lock_guard<std::mutex> lock(m_queueMutex);
+            if (m_merged >= m_queued || !m_jobs[m_merged]->done.load())
+                return;
+            job = m_jobs[m_merged].get();
+        }
+        mergeJob(*job);
+        ++m_merged;
+        setProgress(Parsing, 0.1 + 0.7 * static_cast<double>(m_merged) / blockCount);
+    }
+}
+
+void ObjFileParser::mergeJob(ObjParseJob& job)
+{
+    m_result.hasNormals = m_result.hasNormals || job.hasNormals;
+    m_result.hasTexcoords = m_result.hasTexcoords || job.hasTexcoords;
+    m_result.colors.insert(m_result.colors.end(), job.colors.begin(), job.colors.end());
+    ObjVector4List().swap(job.colors);
+
+    for (ObjGroupRecord& record : job.groupRecords) {
+        if (!record.material.empty())
+            record.materialId = static_cast<uint16_t>(nameId(m_materialIds, m_result.materials, record.material));
+        if (!record.group.empty())
+            record.groupId = static_cast<uint16_t>(nameId(m_groupIds, m_result.groups, record.group));
+        if (!record.object.empty())
+            record.objectId = nameId(m_objectIds, m_result.objects, record.object);
+    }
+}
+
+bool ObjFileParser::validate()
+{
+    const size_t colorCount = m_result.colors.size();
+    if (colorCount > 1 && colorCount != m_result.positions.size()) {
+        m_errors.add(ObjError::InvalidData, QStringLiteral("number of colors and vertices do not match.\n"));
+        return false;
+    }
+
+    const uint64_t positionCount = m_result.positions.size();
+    const uint64_t texcoordCount = m_result.texcoords.size();
+    const uint64_t normalCount = m_result.normals.size();
+    auto outOfRange = [](int32_t index, uint64_t count) {
+        return index < 0 || static_cast<uint64_t>(index) >= count;
+    };
+    for (const auto& job : m_jobs) {
+        if (job->firstInvalidFace < 0)
+            continue;
+        const ObjTriangle& triangle = job->faces[static_cast<size_t>(job->firstInvalidFace)];
+        ObjFaceVertex bad = triangle.corners[0];
+        for (const ObjFaceVertex& corner : triangle.corners) {
+            if (outOfRange(corner.position, positionCount) || outOfRange(corner.texcoord, texcoordCount)
+                || outOfRange(corner.normal, normalCount)) {
+                bad = corner;
+                break;
+            }
+        }
+        m_errors.add(ObjError::InvalidData,
+                     QStringLiteral("invalid indices (index / first_invalid_index)\n"
+                                    "  position: %1 / %2\n"
+                                    "  normal: %3 / %4\n"
+                                    "  tex coord: %5 / %6")
+                         .arg(bad.position).arg(positionCount)
+                         .arg(bad.normal).arg(normalCount)
+                         .arg(bad.texcoord).arg(texcoordCount));
+        return false;
+    }
+    return true;
+}
+
+void ObjFileParser::computeNormals()
+{
+    // Every face weighs the same, whatever its area; smoothing groups are
+    // not looked at here.
+    ObjVector3List& normals = m_result.normals;
+    const ObjVector3List& positions = m_result.positions;
+    normals.assign(positions.size(), Eigen::Vector3f::Zero());
+    for (const auto& job : m_jobs) {
+        for (ObjTriangle& triangle : job->faces) {
+            const Eigen::Vector3f& a = positions[static_cast<size_t>(triangle.corners[0].position)];
+            const Eigen::Vector3f& b = positions[static_cast<size_t>(triangle.corners[1].position)];
+            const Eigen::Vector3f& c = positions[static_cast<size_t>(triangle.corners[2].position)];
+            Eigen::Vector3f normal = (b - a).cross(c - a);
+            const float length = normal.norm();
+            if (length > NormalEpsilon)
+                normal /= length;
+            for (ObjFaceVertex& corner : triangle.corners) {
+                normals[static_cast<size_t>(corner.position)] += normal;
+                corner.normal = corner.position;
+            }
+        }
+    }
+    for (Eigen::Vector3f& normal : normals) {
+        const float length = normal.norm();
+        if (length > NormalEpsilon)
+            normal /= length;
+    }
+    m_result.hasNormals = true;
+}
+
+void ObjFileParser::reindex()
+{
+    setProgress(Reindexing, 0.85);
+    ObjReindexer reindexer(m_result);
+    for (auto& job : m_jobs) {
+        if (m_failed.load())
+            return;
+        reindexer.addBlock(*job);
+        job.reset(); // its faces are no longer needed: keeps the peak down
+    }
+    m_meshes = reindexer.takeMeshes();
+    m_result = ObjParseResult();
+}
+
+} // namespace Ond::SceneLoad

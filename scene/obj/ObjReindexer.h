@@ -1,0 +1,57 @@
+#pragma once
+// Turns per-corner OBJ indices into the single vertex index of a mesh: one
+// output vertex per distinct (position, texture, normal, smoothing group) in
+// each output mesh, and one submesh per (material, group, object).
+
+#include "scene/obj/ObjParseJob.h"
+
+#include <map>
+#include <tuple>
+#include <vector>
+
+namespace Ond::SceneLoad {
+
+class ObjReindexer
+{
+public:
+    explicit ObjReindexer(const ObjParseResult& result);
+
+    // Blocks must come in file order; the names state carries from one to the next.
+    void addBlock(const ObjParseJob& job);
+
+    std::vector<ObjMesh> takeMeshes() { return std::move(m_meshes); }
+
+private:
+    // Vertices already made for one position index are chained from
+    // m_heads[position]: no hashing, no allocation per lookup, and the
+    // chains are short since a position rarely splits more than a few times.
+    struct Entry
+    {
+        int32_t texcoord;
+        int32_t normal;
+        int32_t smoothing;
+        uint32_t mesh;
+        uint32_t index;
+        uint32_t next; // 0 ends the chain; entry 0 is a dummy
+    };
+
+    void applyRecord(const ObjGroupRecord& record);
+    void selectSubMesh();
+    uint32_t vertexIndex(const ObjFaceVertex& corner);
+
+    const ObjParseResult& m_result;
+    const bool m_withColors;
+    std::vector<ObjMesh> m_meshes;
+    std::vector<uint32_t> m_heads;
+    std::vector<Entry> m_entries;
+    std::map<std::tuple<uint16_t, uint16_t, uint32_t>, std::pair<uint32_t, uint32_t>> m_subMeshes;
+
+    uint32_t m_mesh = 0;
+    uint16_t m_materialId = ObjGroupRecord::NoId16;
+    uint16_t m_groupId = ObjGroupRecord::NoId16;
+    uint32_t m_objectId = ObjGroupRecord::NoId32;
+    int32_t m_smoothing = 0;
+    ObjSubMesh* m_subMesh = nullptr; // null until the first face after a name change
+};
+
+} // namespace Ond::SceneLoad
