@@ -1,0 +1,32 @@
+#pragma once
+// Reads and writes one device through the FreeImage library. Writing picks
+// a bitmap type the file type can store (FreeimageFormatTable), converts,
+// attaches size and colour metadata and sets the save flags from the
+// options; grey TGA goes through TGAGrayscaleCodec.
+
+#include "image/SurfaceCodec.h"
+
+#include <FreeImage.h>
+
+namespace Ond::Image::Plugins {
+
+class FreeimageSurfaceCodec : public Surfaces::SurfaceCodec
+{
+public:
+    using SurfaceCodec::SurfaceCodec;
+
+    bool read(QSharedPointer<Surfaces::Surface>& result) override;
+    bool write(const QSharedPointer<Surfaces::Surface>& surface) override;
+
+    // The library's save flags for a file type from named options.
+    static int saveFlags(FREE_IMAGE_FORMAT fif, const Surfaces::CodecOptions& options);
+    // The XMP packet stored with written files.
+    static QByteArray xmpPacket(uint32_t width, uint32_t height, const Surfaces::CodecOptions& options);
+
+private:
+    bool writeBitmap(const Surfaces::Surface& surface);
+    bool readBitmap(QSharedPointer<Surfaces::Surface>& result);
+    void attachMetadata(FIBITMAP* bitmap, uint32_t width, uint32_t height) const;
+};
+
+} // namespace Ond::Image::Plugins
