@@ -1,0 +1,7 @@
+#include "scene/load/SceneExporter.h"
+
+namespace Ond::SceneLoad {
+
+SceneExporter::~SceneExporter() = default;
+
+} // namespace Ond::SceneLoad

@@ -1,0 +1,52 @@
+#include "scene/load/UrlSceneHandler.h"
+
+#include "scene/graph/MurmurHash3.h"
+#include "scene/load/SceneLoaderMgr.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace Ond::SceneLoad {
+
+UrlSceneHandler::UrlSceneHandler(const QUrl& url)
+    : m_url(url), m_watcher(std::make_unique<Core::FileStatusWatcher>(getLocalPath()))
+{
+    connect(m_watcher.get(), &Core::FileStatusWatcher::fileContentChanged, this,
+            &UrlSceneHandler::onFileContentChanged,
+            Qt::ConnectionType(Qt::UniqueConnection | Qt::DirectConnection));
+}
+
+UrlSceneHandler::~UrlSceneHandler() = default;
+
+QString UrlSceneHandler::getLocalPath() const
+{
+    return m_url.isLocalFile() ? m_url.toLocalFile() : m_url.toString();
+}
+
+uint32_t UrlSceneHandler::getContentHash() const
+{
+    QFile file(getLocalPath());
+    if (!file.exists() || !file.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray content = file.readAll();
+    if (content.isEmpty())
+        return 0;
+    return SceneGraph::murmurHash3_x86_32(content.constData(), size_t(content.size()), 0);
+}
+
+std::shared_ptr<SceneGraph::Scene> UrlSceneHandler::loadScene(const SceneLoadOptions& options,
+                                                              const SceneLoaderMgr* loaderMgr,
+                                                              Core::ProgressInterface* progress)
+{
+    const QFileInfo info(getLocalPath());
+    if (!loaderMgr || !info.exists())
+        return nullptr;
+    return loaderMgr->load(info.absoluteFilePath(), info.suffix().toLatin1(), options, progress, this);
+}
+
+void UrlSceneHandler::onFileContentChanged()
+{
+    emit newVersionAvailable();
+}
+
+} // namespace Ond::SceneLoad
