@@ -1,7 +1,78 @@
+// zmfbaker: bakes texture maps from meshes. The main function sets up the
+// GL environment and the registries, runs the one command of the command
+// line inside the GL context, then drains the event loop.
+
+#include "app/Registration.h"
+
+#include "opengl/HeadlessDisplay.h"
+#include "opengl/OglContextData.h"
+#include "opengl/QGLManager.h"
+#include "program/ClassicProgramOptions.h"
+#include "program/LogChannel.h"
+
 #include <QApplication>
+#include <QFileInfo>
+#include <QSurfaceFormat>
+#include <QTimer>
+
+#include <clocale>
+#include <memory>
+
+namespace {
+
+void setDefaultSurfaceFormat()
+{
+    QSurfaceFormat format;
+    format.setProfile(QSurfaceFormat::CoreProfile);
+    format.setSamples(0);
+    format.setSwapBehavior(QSurfaceFormat::DoubleBuffer);
+    format.setSwapInterval(0);
+    format.setVersion(4, 5);
+    format.setStencilBufferSize(0);
+    format.setDepthBufferSize(0);
+    QSurfaceFormat::setDefaultFormat(format);
+}
+
+} // namespace
 
 int main(int argc, char** argv)
 {
-    QApplication app(argc, argv);
-    return 0;
+    // A display to make GL contexts on, before Qt looks for one.
+    const auto display = Ond::OpenGLUtils::HeadlessDisplay::ensure();
+
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    setDefaultSurfaceFormat();
+
+    int exitCode = -1;
+    {
+        QApplication application(argc, argv);
+        QCoreApplication::setOrganizationName(QStringLiteral("Kestrel"));
+        QCoreApplication::setApplicationName(QStringLiteral("zmfbaker"));
+
+        auto glManager = std::make_unique<Ond::OpenGLUtils::QGLManager>();
+        std::setlocale(LC_NUMERIC, "C");
+
+        auto fileInfo = std::make_unique<QFileInfo>(QString::fromLocal8Bit(argv[0]));
+        auto options = std::make_unique<Ond::Program::ClassicProgramOptions>(
+            fileInfo->baseName(), 14, 0, 1, 8268, QStringLiteral("636da6f4"));
+
+        Ond::Core::bakersChannel().setName(QStringLiteral("Bakers"));
+        Zmf::registerCodecs();
+        Zmf::registerCommands(*options);
+
+        glManager->runInContext(false, [&](Ond::OglUtils::OglContextData& data) {
+            exitCode = options->process(QCoreApplication::arguments());
+            // A command may leave anything bound.
+            data.restoreState();
+            return 0;
+        });
+
+        QTimer::singleShot(0, &application, &QCoreApplication::quit);
+        QApplication::exec();
+
+        options.reset();
+        fileInfo.reset();
+        glManager.reset();
+    }
+    return exitCode;
 }

@@ -8,6 +8,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -35,6 +36,19 @@ void ensureShaderCacheDir()
     if (home && *home && access(home, W_OK) == 0)
         return;
     setenv("MESA_SHADER_CACHE_DIR", "/tmp/zmfbaker-mesa-cache", 1);
+}
+
+// Without XDG_RUNTIME_DIR Qt prints a warning on every start, which scripts
+// would read as noise: give it the directory it would pick anyway.
+void ensureRuntimeDir()
+{
+    if (envSet("XDG_RUNTIME_DIR"))
+        return;
+    const std::string dir = "/tmp/runtime-" + std::to_string(getuid());
+    mkdir(dir.c_str(), 0700);
+    struct stat info{};
+    if (stat(dir.c_str(), &info) == 0 && info.st_uid == getuid() && (info.st_mode & 0777) == 0700)
+        setenv("XDG_RUNTIME_DIR", dir.c_str(), 1);
 }
 
 } // namespace
@@ -66,6 +80,7 @@ bool HeadlessDisplay::canConnect(const char* display)
 std::unique_ptr<HeadlessDisplay> HeadlessDisplay::ensure()
 {
     ensureShaderCacheDir();
+    ensureRuntimeDir();
     std::unique_ptr<HeadlessDisplay> display(new HeadlessDisplay);
     if (envSet("QT_QPA_PLATFORM") || envSet("WAYLAND_DISPLAY"))
         return display;

@@ -1,0 +1,318 @@
+// The OBJ reader on small files: every statement, its messages with line
+// numbers, and what the file still yields around malformed lines.
+
+#include "common/TestPaths.h"
+#include "scene/obj/ObjFileParser.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace Ond::SceneLoad;
+
+namespace {
+
+QString writeFile(const QByteArray& content)
+{
+    static int counter = 0;
+    const QString path = ZmfTest::makeTempDir() + QStringLiteral("/f%1.obj").arg(++counter);
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(content);
+    return path;
+}
+
+struct Parsed
+{
+    std::unique_ptr<QFile> file;
+    std::unique_ptr<ObjFileParser> parser;
+
+    const std::vector<ObjMesh>& meshes() const { return parser->meshes(); }
+    std::vector<ObjError> errors() const { return parser->errors(); }
+    QStringList errorTexts() const
+    {
+        QStringList texts;
+        for (const ObjError& error : parser->errors())
+            texts << error.text;
+        return texts;
+    }
+};
+
+Parsed parse(const QByteArray& content, bool computeNormals = false)
+{
+    Parsed parsed;
+    parsed.file = std::make_unique<QFile>(writeFile(content));
+    parsed.parser = std::make_unique<ObjFileParser>(parsed.file.get(), computeNormals, nullptr);
+    return parsed;
+}
+
+std::vector<uint32_t> indicesOf(const ObjMesh& mesh)
+{
+    std::vector<uint32_t> all;
+    for (const ObjSubMesh& subMesh : mesh.subMeshes)
+        all.insert(all.end(), subMesh.indices.begin(), subMesh.indices.end());
+    return all;
+}
+
+} // namespace
+
+TEST(ObjFileParser, ReadsPositionsTexcoordsNormalsAndSharesEqualCorners)
+{
+    const auto parsed = parse("# two triangles sharing an edge\n"
+                              "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n"
+                              "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+                              "vn 0 0 1\n"
+                              "f 1/1/1 2/2/1 3/3/1\n"
+                              "f 1/1/1 3/3/1 4/4/1\n");
+    ASSERT_TRUE(parsed.errors().empty());
+    ASSERT_EQ(parsed.meshes().size(), 1u);
+    const ObjMesh& mesh = parsed.meshes()[0];
+    EXPECT_TRUE(mesh.name.isEmpty());
+    ASSERT_EQ(mesh.positions.size(), 4u);
+    ASSERT_EQ(mesh.texcoords.size(), 4u);
+    ASSERT_EQ(mesh.normals.size(), 4u);
+    EXPECT_TRUE(mesh.colors.empty());
+    EXPECT_EQ(indicesOf(mesh), (std::vector<uint32_t>{0, 1, 2, 0, 2, 3}));
+    EXPECT_EQ(mesh.positions[2], Eigen::Vector3f(1, 1, 0));
+    EXPECT_EQ(mesh.texcoords[3], Eigen::Vector2f(0, 1));
+    EXPECT_EQ(mesh.normals[1], Eigen::Vector3f(0, 0, 1));
+}
+
+TEST(ObjFileParser, MalformedStatementsAreReportedWithLineAndText)
+{
+    const auto parsed = parse("v 0 0 0\n"          // 1
+                              "v 1 2\n"            // 2: still index 2
+                              "v 1\t0 0\n"         // 3: tab between numbers
+                              "v 0 1 0\n"          // 4
+                              "vt 0.5\n"           // 5
+                              "vn 1 0\n"           // 6
+                              "f 1 2 3 4 4\n"      // 7
+                              "f 1/1 2 3\n"        // 8
+                              "f 1 2\n"            // 9
+                              "f 1 4 2\n");        // 10
+    EXPECT_EQ(parsed.errorTexts(),
+              (QStringList{"Invalid vertex\nline 2 => v 1 2",
+                           "Invalid vertex\nline 3 => v 1\t0 0",
+                           "Invalid texture coordinate\nline 5 => vt 0.5",
+                           "Invalid normal\nline 6 => vn 1 0",
+                           "N-Gone face not supported\nline 7 => f 1 2 3 4 4",
+                           "Invalid face\nline 8 => f 1/1 2 3",
+                           "N-Gone face not supported\nline 9 => f 1 2"}));
+    for (const ObjError& error : parsed.errors())
+        EXPECT_EQ(error.kind, ObjError::Parsing);
+
+    // The invalid face keeps its place as a degenerate triangle on slot 0.
+    ASSERT_EQ(parsed.meshes().size(), 1u);
+    const ObjMesh& mesh = parsed.meshes()[0];
+    const std::vector<uint32_t> indices = indicesOf(mesh);
+    ASSERT_EQ(indices.size(), 6u);
+    EXPECT_EQ(mesh.positions[indices[0]], Eigen::Vector3f::Zero());
+    EXPECT_EQ(indices[0], indices[1]);
+    EXPECT_EQ(mesh.positions[indices[4]], Eigen::Vector3f(0, 1, 0)); // "v 1 2" still counted as 2
+    EXPECT_EQ(mesh.positions[indices[5]], Eigen::Vector3f::Zero());  // the invalid vertex itself
+}
+
+TEST(ObjFileParser, FaceForms)
+{
+    // Relative indices, all four corner kinds, a quad, trailing blanks, CRLF.
+    const auto parsed = parse("v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n"
+                              "vt 0 0\nvt 1 0\nvt 1 1\n"
+                              "vn 0 0 1\n"
+                              "f -3 -2 -1 \r\n"
+                              "f 1//1 2//1 3//1\n"
+                              "f 1/1 2/2 3/3\r\n"
+                              "f 1/-3/-1 2/-2/1 3/-1/1\n"
+                              "f\t1 2 3\n"       // a tab after the keyword: unknown statement
+                              "f  1 2 3 4\n");
+    ASSERT_TRUE(parsed.errors().empty()) << parsed.errorTexts().join("|").toStdString();
+    ASSERT_EQ(parsed.meshes().size(), 1u);
+    const ObjMesh& mesh = parsed.meshes()[0];
+    const std::vector<uint32_t> indices = indicesOf(mesh);
+    ASSERT_EQ(indices.size(), 3u * 6);
+    auto position = [&](size_t corner) { return mesh.positions[indices[corner]]; };
+    EXPECT_EQ(position(0), Eigen::Vector3f(1, 0, 0));
+    EXPECT_EQ(position(2), Eigen::Vector3f(0, 1, 0));
+    EXPECT_EQ(mesh.texcoords[indices[9]], Eigen::Vector2f(0, 0)); // 1/-3: first texcoord
+    // The quad becomes (c0, c1, c2) and (c2, c3, c0).
+    EXPECT_EQ(position(12), Eigen::Vector3f(0, 0, 0));
+    EXPECT_EQ(position(14), Eigen::Vector3f(1, 1, 0));
+    EXPECT_EQ(position(15), Eigen::Vector3f(1, 1, 0));
+    EXPECT_EQ(position(16), Eigen::Vector3f(0, 1, 0));
+    EXPECT_EQ(position(17), Eigen::Vector3f(0, 0, 0));
+}
+
+TEST(ObjFileParser, SmoothingGroupsSplitVertices)
+{
+    const auto parsed = parse("v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvn 0 0 1\n"
+                              "s 1\nf 1//1 2//1 3//1\n"
+                              "s off\nf 1//1 3//1 4//1\n"
+                              "s 0\nf 1//1 2//1 4//1\n");
+    ASSERT_TRUE(parsed.errors().empty());
+    const std::vector<uint32_t> indices = indicesOf(parsed.meshes()[0]);
+    EXPECT_EQ(indices, (std::vector<uint32_t>{0, 1, 2, 3, 4, 5, 3, 6, 5}));
+    EXPECT_EQ(parsed.meshes()[0].positions.size(), 7u);
+}
+
+TEST(ObjFileParser, VertexColoursNeedCrlfLines)
+{
+    const auto lf = parse("v 0 0 0\n#MRGB ff102030\nf 1 1 1\n");
+    EXPECT_EQ(lf.errorTexts(), QStringList{"Invalid colors\nline 2 => #MRGB ff102030"});
+    ASSERT_EQ(lf.meshes().size(), 1u);
+    EXPECT_TRUE(lf.meshes()[0].colors.empty());
+
+    const auto crlf = parse("v 0 0 0\r\nv 1 0 0\r\n#MRGB ff102030801a2b3c\r\nf 1 2 2\r\n");
+    ASSERT_TRUE(crlf.errors().empty()) << crlf.errorTexts().join("|").toStdString();
+    const ObjMesh& mesh = crlf.meshes()[0];
+    ASSERT_EQ(mesh.colors.size(), 2u);
+    EXPECT_TRUE(mesh.colors[0].isApprox(Eigen::Vector4f(0x10, 0x20, 0x30, 0xff) / 255.0f));
+    EXPECT_TRUE(mesh.colors[1].isApprox(Eigen::Vector4f(0x1a, 0x2b, 0x3c, 0x80) / 255.0f));
+
+    const auto mismatch = parse("v 0 0 0\r\nv 1 0 0\r\n#MRGB ff102030\r\nf 1 2 2\r\n");
+    ASSERT_EQ(mismatch.errors().size(), 1u);
+    EXPECT_EQ(mismatch.errors()[0].kind, ObjError::InvalidData);
+    EXPECT_EQ(mismatch.errors()[0].text, "number of colors and vertices do not match.\n");
+    EXPECT_TRUE(mismatch.meshes().empty());
+}
+
+TEST(ObjFileParser, IndexOutOfRangeLeavesNoMesh)
+{
+    const auto parsed = parse("v 0 0 0\nv 1 0 0\nvn 0 0 1\nf 1//1 2//1 5//1\n");
+    ASSERT_EQ(parsed.errors().size(), 1u);
+    EXPECT_EQ(parsed.errors()[0].kind, ObjError::InvalidData);
+    EXPECT_EQ(parsed.errors()[0].text, "invalid indices (index / first_invalid_index)\n"
+                                       "  position: 5 / 3\n"
+                                       "  normal: 1 / 2\n"
+                                       "  tex coord: 0 / 1");
+    EXPECT_TRUE(parsed.meshes().empty());
+}
+
+TEST(ObjFileParser, ObjectsGroupsAndMaterials)
+{
+    const auto parsed = parse("v 0 0 0\nv 1 0 0\nv 0 1 0\n"
+                              "o first\ng a\nusemtl red\nf 1 2 3\n"
+                              "usemtl blue\nf 1 2 3\n"
+                              "o second\nusemtl red\nf 1 2 3\n"
+                              "o first\ng b\nusemtl  red  \nf 3 2 1\n");
+    ASSERT_TRUE(parsed.errors().empty());
+    ASSERT_EQ(parsed.meshes().size(), 2u);
+    const ObjMesh& first = parsed.meshes()[0];
+    const ObjMesh& second = parsed.meshes()[1];
+    EXPECT_EQ(first.name, "first");
+    EXPECT_EQ(second.name, "second");
+    ASSERT_EQ(first.subMeshes.size(), 3u);
+    EXPECT_EQ(first.subMeshes[0].group, "a");
+    EXPECT_EQ(first.subMeshes[0].material, "red");
+    EXPECT_EQ(first.subMeshes[1].material, "blue");
+    EXPECT_EQ(first.subMeshes[2].group, "b");
+    EXPECT_EQ(first.subMeshes[2].material, "red");
+    // Vertices are shared between the submeshes of a mesh, not between meshes.
+    EXPECT_EQ(first.positions.size(), 3u);
+    EXPECT_EQ(first.subMeshes[2].indices, (std::vector<uint32_t>{2, 1, 0}));
+    ASSERT_EQ(second.subMeshes.size(), 1u);
+    EXPECT_EQ(second.subMeshes[0].group, "a"); // the group stays in force
+    EXPECT_EQ(second.positions.size(), 3u);
+
+    const auto groupsOnly = parse("v 0 0 0\nv 1 0 0\nv 0 1 0\ng one\nf 1 2 3\ng two\nf 1 2 3\n");
+    ASSERT_EQ(groupsOnly.meshes().size(), 2u);
+    EXPECT_EQ(groupsOnly.meshes()[1].name, "two");
+    EXPECT_EQ(groupsOnly.meshes()[1].subMeshes[0].group, "two");
+}
+
+TEST(ObjFileParser, ComputesAreaIndependentNormalsOnlyWhenAsked)
+{
+    // A large and a small triangle meet at vertex 1 at a right angle.
+    const QByteArray text = "v 0 0 0\nv 10 0 0\nv 0 10 0\nv 0 0 -1\nf 1 2 3\nf 1 4 2\n";
+    const auto computed = parse(text, true);
+    const ObjMesh& mesh = computed.meshes()[0];
+    ASSERT_EQ(mesh.normals.size(), 4u);
+    EXPECT_TRUE(mesh.normals[0].isApprox(Eigen::Vector3f(0, 1, 1).normalized()));
+    EXPECT_TRUE(mesh.normals[2].isApprox(Eigen::Vector3f(0, 0, 1)));
+
+    EXPECT_TRUE(parse(text, false).meshes()[0].normals.empty());
+    // The file's own normals win.
+    const auto own = parse("v 0 0 0\nv 1 0 0\nv 0 1 0\nvn 1 0 0\nf 1//1 2//1 3//1\n", true);
+    EXPECT_EQ(own.meshes()[0].normals[0], Eigen::Vector3f(1, 0, 0));
+}
+
+TEST(ObjFileParser, EmptyCommentOnlyTruncatedAndMissingFiles)
+{
+    const auto empty = parse("");
+    ASSERT_EQ(empty.errors().size(), 1u);
+    EXPECT_EQ(empty.errors()[0].kind, ObjError::Open);
+    EXPECT_EQ(empty.errors()[0].text, "File is empty");
+    EXPECT_TRUE(empty.meshes().empty());
+
+    QFile missing(ZmfTest::makeTempDir() + "/missing.obj");
+    ObjFileParser parser(&missing, false, nullptr);
+    ASSERT_EQ(parser.errors().size(), 1u);
+    EXPECT_EQ(parser.errors()[0].kind, ObjError::Open);
+    EXPECT_FALSE(parser.errors()[0].text.isEmpty());
+
+    const auto comments = parse("# nothing\n# at all\nmtllib x.mtl\n");
+    EXPECT_TRUE(comments.errors().empty());
+    ASSERT_EQ(comments.meshes().size(), 1u);
+    EXPECT_TRUE(comments.meshes()[0].positions.empty());
+
+    // Cut inside the last statement, without a final line feed.
+    const auto truncated = parse("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\nv 0 0");
+    EXPECT_EQ(truncated.errorTexts(), QStringList{"Invalid vertex\nline 5 => v 0 0"});
+    ASSERT_EQ(truncated.meshes().size(), 1u);
+    EXPECT_EQ(indicesOf(truncated.meshes()[0]).size(), 3u);
+
+    const auto lastFace = parse("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3");
+    EXPECT_TRUE(lastFace.errors().empty());
+    EXPECT_EQ(indicesOf(lastFace.meshes()[0]).size(), 3u);
+}
+
+TEST(ObjFileParser, SculptToolMarks)
+{
+    EXPECT_TRUE(parse("v 0 0 0\n").parser->notExportedBySculptTool());
+    EXPECT_FALSE(parse("#\n# File exported by ZBrush version 2022\nv 0 0 0\n").parser->notExportedBySculptTool());
+    EXPECT_FALSE(parse("# www.zbrush.com\nv 0 0 0\n").parser->notExportedBySculptTool());
+}
+
+TEST(ObjFileParser, ManyBlocksMergeInFileOrder)
+{
+    // About 4 MiB: several blocks parsed on worker threads; faces use
+    // relative indices that reach back across block borders.
+    QByteArray text;
+    const int quads = 60000;
+    text.reserve(quads * 80);
+    for (int i = 0; i < quads; ++i) {
+        text += QByteArray("v ") + QByteArray::number(i) + " 0 0\n";
+        text += QByteArray("v ") + QByteArray::number(i) + " 1 0\n";
+        text += QByteArray("vt ") + QByteArray::number(i) + " 0.5\n";
+        if (i > 0)
+            text += "f -4/-2 -3/-2 -1/-1 -2/-1\n";
+        if (i == quads / 2)
+            text += "o half\n";
+    }
+    text += "vt 0.5\n";
+    const int lines = text.count('\n');
+    ASSERT_GT(text.size(), 3 * (1 << 20));
+    const auto parsed = parse(text);
+
+    // Messages count lines from the start of their 1 MiB block.
+    ASSERT_EQ(parsed.errors().size(), 1u);
+    const QString message = parsed.errors()[0].text;
+    ASSERT_TRUE(message.startsWith("Invalid texture coordinate\nline "));
+    const int line = message.section(' ', 3, 3).toInt();
+    EXPECT_GT(line, 0);
+    EXPECT_LT(line, lines);
+
+    // Faces before the first "o" go to the first object's mesh.
+    ASSERT_EQ(parsed.meshes().size(), 1u);
+    const ObjMesh& mesh = parsed.meshes()[0];
+    EXPECT_EQ(mesh.name, "half");
+    ASSERT_EQ(mesh.subMeshes.size(), 2u);
+    const std::vector<uint32_t> indices = indicesOf(mesh);
+    ASSERT_EQ(indices.size(), size_t(quads - 1) * 6);
+    EXPECT_EQ(mesh.positions.size(), size_t(quads) * 2);
+    for (size_t q = 0; q < size_t(quads - 1); ++q) {
+        ASSERT_EQ(mesh.positions[indices[q * 6]], Eigen::Vector3f(float(q), 0, 0)) << q;
+        ASSERT_EQ(mesh.positions[indices[q * 6 + 2]], Eigen::Vector3f(float(q + 1), 1, 0)) << q;
+        ASSERT_EQ(mesh.texcoords[indices[q * 6 + 2]], Eigen::Vector2f(float(q + 1), 0.5f)) << q;
+    }
+}
