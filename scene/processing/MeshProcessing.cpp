@@ -2,6 +2,8 @@
 
 #include "scene/processing/TangentSpaceGenerator.h"
 
+#include <Eigen/Geometry>
+
 #include <vector>
 
 namespace Ond::SceneGraph::MeshProcessing {
