@@ -227,7 +227,7 @@ TEST(ObjFileParser, ComputesAreaIndependentNormalsOnlyWhenAsked)
     const auto computed = parse(text, true);
     const ObjMesh& mesh = computed.meshes()[0];
     ASSERT_EQ(mesh.normals.size(), 4u);
-    EXPECT_TRUE(mesh.normals[0].isApprox(Eigen::Vector3f(0, 1, 1).normalized()));
+    EXPECT_TRUE(mesh.normals[0].isApprox(Eigen::Vector3f(0, -1, 1).normalized()));
     EXPECT_TRUE(mesh.normals[2].isApprox(Eigen::Vector3f(0, 0, 1)));
 
     EXPECT_TRUE(parse(text, false).meshes()[0].normals.empty());
