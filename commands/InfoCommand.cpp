@@ -6,7 +6,6 @@
 #include "scene/load/SceneExporterMgr.h"
 #include "scene/load/SceneLoaderMgr.h"
 #include "scene/load/SceneMgr.h"
-#include "scene/obj/OBJSceneLoader.h"
 
 #include <QFileInfo>
 #include <QUrl>
@@ -76,7 +75,6 @@ int InfoCommand::process(const Ond::Program::ParsedValues& values)
     options.listUvTiles = flag("list-uv-tiles");
     options.listAll = flag("list-all");
 
-    Ond::SceneLoad::registerObjSceneLoader();
     Ond::SceneLoad::SceneMgr sceneMgr(Ond::SceneLoad::createSceneLoaderMgr(),
                                       Ond::SceneLoad::createSceneExporterMgr());
     sceneMgr.setOptions(Ond::SceneLoad::SceneLoadOptions(InfoSceneFlags));
