@@ -163,9 +163,9 @@ TEST_F(BakerCommandTest, ProcessNeedsInputsAndNeverClaimsAWrittenFile)
     values.options.insert("inputs", QStringList{"a.obj", "b.obj"});
     ZmfTest::LogCapture log;
     EXPECT_EQ(command.process(values), 0);
-    ASSERT_EQ(log.lines().size(), 4);
-    EXPECT_TRUE(log.lines()[0].startsWith(QStringLiteral("[2][ZMFBaker]")));
-    EXPECT_TRUE(log.lines()[0].contains(QStringLiteral("a.obj")));
-    EXPECT_EQ(log.lines()[1], QStringLiteral("[0][ZMFBaker]Writing file ''..."));
-    EXPECT_EQ(log.lines()[3], QStringLiteral("[0][ZMFBaker]Writing file ''..."));
+    // Each input is told about, with an empty path for a file not written.
+    EXPECT_EQ(log.lines().count(QStringLiteral("[0][ZMFBaker]Writing file ''...")), 2);
+    EXPECT_EQ(log.lines().filter(QStringLiteral("Writing file")).size(), 2);
+    EXPECT_EQ(log.lines().filter(QStringLiteral("[2][ZMFBaker]")).filter(QStringLiteral("a.obj")).size(), 1);
+    EXPECT_EQ(log.lines().filter(QStringLiteral("[2][ZMFBaker]")).filter(QStringLiteral("b.obj")).size(), 1);
 }
