@@ -20,7 +20,8 @@ QString ColorMapBaker::label() const
 
 QString ColorMapBaker::description() const
 {
-    return trBaking("This baker allows you to transform your UV into a vector graphic file to easily create masks.");
+    return trBaking("This baker allows you to transform your UV into a vector graphic file to easily create "
+                    "masks.");
 }
 
 std::string ColorMapBaker::identifier() const

@@ -11,7 +11,8 @@ QString CurvatureMapBaker::label() const
 
 QString CurvatureMapBaker::description() const
 {
-    return trBaking("This baker allows you to extract a curvature map that contains convexity/concavity information of the mesh.");
+    return trBaking("This baker allows you to extract a curvature map that contains convexity/concavity "
+                    "information of the mesh.");
 }
 
 std::string CurvatureMapBaker::identifier() const

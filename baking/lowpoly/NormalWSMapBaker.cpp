@@ -11,7 +11,8 @@ QString NormalWSMapBaker::label() const
 
 QString NormalWSMapBaker::description() const
 {
-    return trBaking("This baker allows you to extract normals coordinates relative to a fixed frame in the object space.");
+    return trBaking("This baker allows you to extract normals coordinates relative to a fixed frame in the "
+                    "object space.");
 }
 
 std::string NormalWSMapBaker::identifier() const

@@ -11,7 +11,8 @@ QString PositionMapBaker::label() const
 
 QString PositionMapBaker::description() const
 {
-    return trBaking("This baker allows you to extract the position (x,y,z world space coordinates) of all points at the surface of the mesh.");
+    return trBaking("This baker allows you to extract the position (x,y,z world space coordinates) of all "
+                    "points at the surface of the mesh.");
 }
 
 std::string PositionMapBaker::identifier() const

@@ -11,7 +11,9 @@ QString SeAOMapBaker::label() const
 
 QString SeAOMapBaker::description() const
 {
-    return trBaking("This baker allows you to extract ambient occlusion (soft shadowing in occluded areas) using the mesh and a normal map (no high poly needed).\nIt uses a fast algorithm executed on the GPU.");
+    return trBaking("This baker allows you to extract ambient occlusion (soft shadowing in occluded areas) "
+                    "using the mesh and a normal map (no high poly needed).\nIt uses a fast algorithm executed "
+                    "on the GPU.");
 }
 
 std::string SeAOMapBaker::identifier() const

@@ -9,7 +9,8 @@ QString UV2SvgBaker::label() const
 
 QString UV2SvgBaker::description() const
 {
-    return trBaking("This baker allows you to transform your UV into a vector graphic file to easily create masks.");
+    return trBaking("This baker allows you to transform your UV into a vector graphic file to easily create "
+                    "masks.");
 }
 
 std::string UV2SvgBaker::identifier() const

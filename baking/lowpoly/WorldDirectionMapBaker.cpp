@@ -11,7 +11,8 @@ QString WorldDirectionMapBaker::label() const
 
 QString WorldDirectionMapBaker::description() const
 {
-    return trBaking("This baker allows you to transform vector directions from world space coordinates to tangent space coordinates.\nThe direction can come from a texture or an uniform vector.");
+    return trBaking("This baker allows you to transform vector directions from world space coordinates to "
+                    "tangent space coordinates.\nThe direction can come from a texture or an uniform vector.");
 }
 
 std::string WorldDirectionMapBaker::identifier() const
