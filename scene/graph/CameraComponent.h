@@ -34,6 +34,7 @@ public:
         UseWindowResolution,
         Resolution,
     };
+    Q_ENUM(ParameterId)
     static QString parameterName(int id);
 
     enum Projection : uint32_t { Perspective = 0, Orthographic = 1 };

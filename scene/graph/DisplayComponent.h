@@ -17,6 +17,7 @@ class DisplayComponent : public EntityComponent
 
 public:
     enum ParameterId { All = 0, IsVisible = 1 };
+    Q_ENUM(ParameterId)
     static QString parameterName(int id);
 
     DisplayComponent();

@@ -31,6 +31,7 @@ public:
     using SPtr = std::shared_ptr<Entity>;
 
     enum ParameterId { All = 0, IsEnabled = 1, MetersPerUnit = 2 };
+    Q_ENUM(ParameterId)
     static QString parameterName(int id);
 
     // Takes ownership of every component and sets its entity. A null

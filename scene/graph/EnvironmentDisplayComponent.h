@@ -11,6 +11,7 @@ class EnvironmentDisplayComponent : public DisplayComponent
 
 public:
     enum ParameterId { All = 0, EnvironmentTexture = 1, PanoramaTexture = 2, DomeVisible = 3 };
+    Q_ENUM(ParameterId)
     static QString parameterName(int id);
 
     EnvironmentDisplayComponent();

@@ -17,6 +17,7 @@ class LightComponent : public EntityComponent
 
 public:
     enum ParameterId { All = 0, LightType = 1, Color = 2, Intensity = 3 };
+    Q_ENUM(ParameterId)
     static QString parameterName(int id);
 
     // 0 point, 1 ambient; other values are unknown kinds.

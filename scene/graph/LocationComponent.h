@@ -25,6 +25,7 @@ class LocationComponent : public EntityComponent
 
 public:
     enum ParameterId { All = 0, Parent = 1, LocalTransform = 2, GeometricTransform = 3 };
+    Q_ENUM(ParameterId)
     static QString parameterName(int id);
 
     explicit LocationComponent(const Eigen::Matrix4f& localTransform = Eigen::Matrix4f::Identity());

@@ -18,6 +18,7 @@ class MeshDisplayComponent : public DisplayComponent
 
 public:
     enum ParameterId { All = 0, SubdivisionMethod = 1, SubdivisionLength = 2, SubdivisionNumber = 3 };
+    Q_ENUM(ParameterId)
     static QString parameterName(int id);
 
     explicit MeshDisplayComponent(Mesh::SPtr mesh = nullptr);

@@ -29,6 +29,7 @@ public:
     using SPtr = std::shared_ptr<Scene>;
 
     enum ParameterId { All = 0, MetersPerUnit = 1 };
+    Q_ENUM(ParameterId)
     static QString parameterName(int id);
 
     // The root entity, which may be null, comes first in the entity list.

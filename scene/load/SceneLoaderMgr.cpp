@@ -7,16 +7,7 @@
 #include <mutex>
 #include <utility>
 
-// The importers of this program join the manager here. A folder whose
-// loader header exists is built into the same library.
-#if __has_include("scene/obj/OBJSceneLoader.h")
 #include "scene/obj/OBJSceneLoader.h"
-#define ZMF_HAVE_OBJ_SCENE_LOADER 1
-#endif
-#if __has_include("scene/fbx/FBXSceneLoader.h")
-#include "scene/fbx/FBXSceneLoader.h"
-#define ZMF_HAVE_FBX_SCENE_LOADER 1
-#endif
 
 namespace Ond::SceneLoad {
 
@@ -89,7 +80,9 @@ void addLocked(LoaderRegistry& reg, const QString& key, SceneLoaderCreator creat
     reg.creators.emplace_back(key, std::move(creator));
 }
 
-// FBX formats first, then OBJ: this order is also the search order.
+// The loaders built into the program come first, in this order, whether or
+// not their own registration ran (a static library may drop an object file
+// that nothing references). An FBX loader would stand before OBJ.
 void addBuiltInsLocked(LoaderRegistry& reg)
 {
     if (reg.builtInsAdded)
@@ -97,12 +90,7 @@ void addBuiltInsLocked(LoaderRegistry& reg)
     reg.builtInsAdded = true;
     std::vector<std::pair<QString, SceneLoaderCreator>> later = std::move(reg.creators);
     reg.creators.clear();
-#ifdef ZMF_HAVE_FBX_SCENE_LOADER
-    addLocked(reg, QStringLiteral("fbx"), [] { return new FBXSceneLoader; });
-#endif
-#ifdef ZMF_HAVE_OBJ_SCENE_LOADER
     addLocked(reg, QStringLiteral("obj"), [] { return new OBJSceneLoader; });
-#endif
     for (auto& entry : later)
         addLocked(reg, entry.first, std::move(entry.second));
 }

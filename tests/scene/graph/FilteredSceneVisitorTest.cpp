@@ -1,7 +1,7 @@
 #include "scene/graph/AbstractFilteredSceneVisitor.h"
 #include "scene/graph/Scene.h"
 
-#include "SceneTestUtil.h"
+#include "../SceneTestUtil.h"
 
 #include <gtest/gtest.h>
 

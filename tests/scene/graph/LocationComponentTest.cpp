@@ -1,8 +1,9 @@
 #include "scene/graph/LocationComponent.h"
 
-#include "SceneTestUtil.h"
+#include "../SceneTestUtil.h"
 
-#include <QSignalSpy>
+
+#include "../SignalRecorder.h"
 
 #include <gtest/gtest.h>
 
@@ -53,7 +54,7 @@ TEST(LocationComponent, UnchangedTransformKeepsCacheAndRaisesNothing)
     child.setParent(&parent);
     child.getGlobalTransforms(true);
     child.getGlobalTransforms(false);
-    QSignalSpy spy(&parent, &LocationComponent::parameterChanged);
+    SceneTest::SignalRecorder spy(&parent, &LocationComponent::parameterChanged);
 
     parent.setLocalTransform(translation(1, 0, 0));
     parent.setGeometricTransform(Eigen::Matrix4f::Identity());
@@ -63,7 +64,7 @@ TEST(LocationComponent, UnchangedTransformKeepsCacheAndRaisesNothing)
 
     parent.setLocalTransform(translation(5, 0, 0));
     ASSERT_EQ(spy.count(), 1);
-    EXPECT_EQ(spy.at(0).at(0).value<LocationComponent::ParameterId>(), LocationComponent::LocalTransform);
+    EXPECT_EQ(spy.arg<0>(0), LocationComponent::LocalTransform);
     EXPECT_FALSE(child.isGlobalTransformCached(true));
     EXPECT_TRUE(SceneTest::apply(child.getGlobalTransform(), {0, 0, 0}).isApprox(Eigen::Vector3f(5, 1, 0)));
 }

@@ -1,9 +1,10 @@
 #include "scene/graph/Mesh.h"
 #include "scene/graph/MeshDisplayComponent.h"
 
-#include "SceneTestUtil.h"
+#include "../SceneTestUtil.h"
 
-#include <QSignalSpy>
+
+#include "../SignalRecorder.h"
 
 #include <gtest/gtest.h>
 
@@ -182,7 +183,7 @@ TEST(MeshDisplayComponent, FlagsAndParameters)
     EXPECT_TRUE(MeshDisplayComponent().getGlobalTransform().isIdentity());
     EXPECT_TRUE(MeshDisplayComponent().getGlobalTransforms().empty());
 
-    QSignalSpy spy(&display, &MeshDisplayComponent::parameterChanged);
+    SceneTest::SignalRecorder spy(&display, &MeshDisplayComponent::parameterChanged);
     display.setSubdivisionLength(10.0f);
     EXPECT_EQ(spy.count(), 0);
     MeshDisplayComponent source;

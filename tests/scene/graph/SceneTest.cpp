@@ -3,9 +3,10 @@
 #include "scene/graph/Scene.h"
 #include "scene/graph/SceneInfo.h"
 
-#include "SceneTestUtil.h"
+#include "../SceneTestUtil.h"
 
-#include <QSignalSpy>
+
+#include "../SignalRecorder.h"
 
 #include <gtest/gtest.h>
 
@@ -140,8 +141,8 @@ TEST(Entity, ComponentsKnowTheirEntityAndParametersSignal)
     EXPECT_EQ(entity->getDisplay()->getEntity(), entity.get());
     ASSERT_NE(entity->getMetadata(), nullptr);
 
-    QSignalSpy params(entity.get(), &Entity::parameterChanged);
-    QSignalSpy meta(entity.get(), &Entity::metaDataChanged);
+    SceneTest::SignalRecorder params(entity.get(), &Entity::parameterChanged);
+    SceneTest::SignalRecorder meta(entity.get(), &Entity::metaDataChanged);
     EXPECT_FALSE(entity->setMetersPerUnit(0.0));
     EXPECT_FALSE(entity->setMetersPerUnit(-1.0));
     EXPECT_TRUE(entity->setMetersPerUnit(1.0));
@@ -161,9 +162,9 @@ TEST(Scene, EntityListSignalsAndRevision)
     EXPECT_EQ(scene.getRootEntity(), root);
     EXPECT_GE(scene.getEntities().capacity(), 10000u);
 
-    QSignalSpy added(&scene, &Scene::entityAdded);
-    QSignalSpy aboutToRemove(&scene, &Scene::entityAboutToBeRemoved);
-    QSignalSpy removed(&scene, &Scene::entityRemoved);
+    SceneTest::SignalRecorder added(&scene, &Scene::entityAdded);
+    SceneTest::SignalRecorder aboutToRemove(&scene, &Scene::entityAboutToBeRemoved);
+    SceneTest::SignalRecorder removed(&scene, &Scene::entityRemoved);
 
     const uint64_t r0 = scene.getRevision();
     scene.addEntity(nullptr);
@@ -188,7 +189,7 @@ TEST(Scene, EntityListSignalsAndRevision)
     EXPECT_EQ(aboutToRemove.count(), 5);
     EXPECT_EQ(removed.count(), 5);
     // Last first.
-    EXPECT_EQ(removed.at(0).at(0).value<Entity::SPtr>()->getName(), "b");
+    EXPECT_EQ(removed.arg<0>(0)->getName(), "b");
 
     // Detached: the old sub-scene's signals no longer reach us.
     sub->addEntity(meshEntity("late", nullptr));

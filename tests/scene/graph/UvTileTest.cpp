@@ -1,7 +1,7 @@
 #include "scene/graph/Mesh.h"
 #include "scene/graph/UvTile.h"
 
-#include "SceneTestUtil.h"
+#include "../SceneTestUtil.h"
 
 #include <gtest/gtest.h>
 

@@ -8,8 +8,9 @@
 
 #include <QDir>
 #include <QFile>
-#include <QSignalSpy>
 #include <QUrl>
+
+#include "../SignalRecorder.h"
 
 #include <gtest/gtest.h>
 
@@ -89,8 +90,8 @@ TEST(SceneMgr, LoadsLazilyKeepsVersionsAndInvalidates)
     mgr.setOptions(SceneLoadOptions(InfoLoadFlags));
     const QString path = writeFile("m.obj", triangleObj);
     const SceneId id = fileId(path);
-    QSignalSpy loaded(&mgr, &SceneMgr::sceneIsLoadedChanged);
-    QSignalSpy invalidated(&mgr, &SceneMgr::sceneInvalidated);
+    SceneTest::SignalRecorder loaded(&mgr, &SceneMgr::sceneIsLoadedChanged);
+    SceneTest::SignalRecorder invalidated(&mgr, &SceneMgr::sceneInvalidated);
 
     EXPECT_FALSE(mgr.isSceneRegistered(id));
     auto scene = mgr.getScene(id);
@@ -98,7 +99,7 @@ TEST(SceneMgr, LoadsLazilyKeepsVersionsAndInvalidates)
     EXPECT_TRUE(mgr.isSceneRegistered(id)); // the provider made its handler
     EXPECT_TRUE(mgr.isSceneLoaded(id));
     ASSERT_EQ(loaded.count(), 1);
-    EXPECT_EQ(loaded.at(0).at(1).toBool(), true);
+    EXPECT_EQ(loaded.arg<1>(0), true);
     const uint64_t version = mgr.getSceneVersion(id);
     EXPECT_EQ(mgr.getScene(id), scene); // as it stands, no reload
     EXPECT_EQ(loaded.count(), 1);
@@ -117,7 +118,7 @@ TEST(SceneMgr, LoadsLazilyKeepsVersionsAndInvalidates)
         mgr.unloadScene(id); // recursive: the guard's thread may go on
     }
     EXPECT_FALSE(mgr.isSceneLoaded(id));
-    EXPECT_EQ(loaded.at(loaded.count() - 1).at(1).toBool(), false);
+    EXPECT_EQ(loaded.arg<1>(loaded.count() - 1), false);
 }
 
 TEST(SceneMgr, UnknownOrMissingScenesStayEmpty)
@@ -130,10 +131,10 @@ TEST(SceneMgr, UnknownOrMissingScenesStayEmpty)
     const QString bad = writeFile("bad.txt", "v 1 2 3\n");
     const SceneId id = "bad";
     mgr.registerScene(id, std::make_shared<UrlSceneHandler>(QUrl::fromLocalFile(bad)));
-    QSignalSpy loaded(&mgr, &SceneMgr::sceneIsLoadedChanged);
+    SceneTest::SignalRecorder loaded(&mgr, &SceneMgr::sceneIsLoadedChanged);
     EXPECT_FALSE(mgr.getScene(id));
     ASSERT_EQ(loaded.count(), 1);
-    EXPECT_FALSE(loaded.at(0).at(1).toBool());
+    EXPECT_FALSE(loaded.arg<1>(0));
 
     auto given = std::make_shared<Ond::SceneGraph::Scene>();
     mgr.setScene(id, given, 42);
