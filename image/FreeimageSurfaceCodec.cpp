@@ -139,6 +139,45 @@ FIBITMAP* dropAlpha16(FIBITMAP* source)
     return out;
 }
 
+// The library's own conversions between RGBF and RGBAF clamp to [0, 1]:
+// these keep every value.
+FIBITMAP* dropAlphaFloat(FIBITMAP* source)
+{
+    const unsigned w = FreeImage_GetWidth(source), h = FreeImage_GetHeight(source);
+    FIBITMAP* out = FreeImage_AllocateT(FIT_RGBF, int(w), int(h), 96);
+    if (!out)
+        return nullptr;
+    for (unsigned y = 0; y < h; ++y) {
+        const auto* s = reinterpret_cast<const FIRGBAF*>(FreeImage_GetScanLine(source, int(y)));
+        auto* t = reinterpret_cast<FIRGBF*>(FreeImage_GetScanLine(out, int(y)));
+        for (unsigned x = 0; x < w; ++x) {
+            t[x].red = s[x].red;
+            t[x].green = s[x].green;
+            t[x].blue = s[x].blue;
+        }
+    }
+    return out;
+}
+
+FIBITMAP* addAlphaFloat(FIBITMAP* source)
+{
+    const unsigned w = FreeImage_GetWidth(source), h = FreeImage_GetHeight(source);
+    FIBITMAP* out = FreeImage_AllocateT(FIT_RGBAF, int(w), int(h), 128);
+    if (!out)
+        return nullptr;
+    for (unsigned y = 0; y < h; ++y) {
+        const auto* s = reinterpret_cast<const FIRGBF*>(FreeImage_GetScanLine(source, int(y)));
+        auto* t = reinterpret_cast<FIRGBAF*>(FreeImage_GetScanLine(out, int(y)));
+        for (unsigned x = 0; x < w; ++x) {
+            t[x].red = s[x].red;
+            t[x].green = s[x].green;
+            t[x].blue = s[x].blue;
+            t[x].alpha = 1.0f;
+        }
+    }
+    return out;
+}
+
 } // namespace
 
 int FreeimageSurfaceCodec::saveFlags(FREE_IMAGE_FORMAT fif, const CodecOptions& options)
@@ -297,7 +336,9 @@ bool FreeimageSurfaceCodec::writeBitmap(const Surface& surface)
     std::unique_ptr<ICustomFreeImageCodec> custom;
     if (fif == FIF_TARGA && Surfaces::isGrayscale(surface.format()))
         custom = std::make_unique<TGAGrayscaleCodec>();
-    const bool dropAlpha = (fif == FIF_TARGA || fif == FIF_BMP) && !Surfaces::hasTransparency(surface);
+    // JPEG has no alpha at all: its 32-bit path means CMYK.
+    const bool dropAlpha = ((fif == FIF_TARGA || fif == FIF_BMP) && !Surfaces::hasTransparency(surface))
+        || fif == FIF_JPEG;
 
     TargetChoice target;
     if (custom) {
@@ -339,7 +380,7 @@ bool FreeimageSurfaceCodec::writeBitmap(const Surface& surface)
     if (layout.type != target.type) {
         if (target.type == FIT_RGB16 && !replaceWith(bitmap, dropAlpha16(bitmap.get())))
             return false;
-        if (target.type == FIT_RGBF && !replaceWith(bitmap, FreeImage_ConvertToRGBF(bitmap.get())))
+        if (target.type == FIT_RGBF && !replaceWith(bitmap, dropAlphaFloat(bitmap.get())))
             return false;
     }
 
@@ -448,7 +489,7 @@ bool FreeimageSurfaceCodec::readBitmap(QSharedPointer<Surface>& result)
             return false;
         break;
     case FIT_RGBF:
-        if (!replaceWith(bitmap, FreeImage_ConvertToRGBAF(b)))
+        if (!replaceWith(bitmap, addAlphaFloat(b)))
             return false;
         break;
     default:
