@@ -1,11 +1,22 @@
 #pragma once
 // The baking context the commands hand to bakers: the GPU switches from the
-// command line, the tangent layer and image loading. Scene loading through
-// the scene manager arrives with the bake of inputs.
+// command line, the tangent layer, image loading, scene loading through the
+// scene manager, and cancellation by task handlers or watched jobs.
 
 #include "baking/AbstractBakingContext.h"
+#include "baking/BakingJob.h"
+#include "baking/SceneInfoCache.h"
+#include "baking/TaskHandler.h"
 
+#include "scene/graph/Scene.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <functional>
 #include <memory>
+#include <mutex>
+#include <vector>
 
 namespace Ond::SceneLoad {
 class SceneMgr;
@@ -16,6 +27,9 @@ namespace Vrn::Baking {
 class BakingContext : public Ond::Baking::AbstractBakingContext
 {
 public:
+    // Where finished regions of a map go (the UDIM tile provider).
+    using TileOutput = std::function<void(const Ond::Surfaces::SurfaceSPtr&, int, int, bool)>;
+
     explicit BakingContext(std::shared_ptr<Ond::SceneLoad::SceneMgr> sceneMgr);
     ~BakingContext() override;
 
@@ -38,8 +52,31 @@ public:
 
     const std::shared_ptr<Ond::SceneLoad::SceneMgr>& sceneMgr() const { return m_sceneMgr; }
 
+    // Loads a path or file: URL through the scene manager with the given
+    // load flags, and converts the result. Null on failure; the caller
+    // reports it.
+    Ond::SceneGraph::SceneSPtr loadSceneFile(const QString& pathOrUrl, uint32_t flags);
+    // Puts the scene through SceneConverterVisitor and keeps the records.
+    void convertScene(const Ond::SceneGraph::SceneSPtr& scene);
+    // The records of the last conversion of the scene; null if it was never
+    // converted or has changed since.
+    SceneInfoCache::MeshesSPtr convertedMeshes(const Ond::SceneGraph::SceneSPtr& scene) const;
+
+    // Handler 0 receives the progress; both are asked about cancellation.
+    void setTaskHandler(int slot, std::shared_ptr<TaskHandler> handler);
+    void setTileOutput(TileOutput output) { m_tileOutput = std::move(output); }
+    // The job is watched until it ends.
+    void addJob(const std::weak_ptr<BakingJob>& job);
+
 private:
+    TaskHandler* firstHandler() const { return m_handlers[0].get(); }
+
     std::shared_ptr<Ond::SceneLoad::SceneMgr> m_sceneMgr;
+    std::shared_ptr<SceneInfoCache> m_sceneInfo;
+    std::shared_ptr<TaskHandler> m_handlers[2];
+    TileOutput m_tileOutput;
+    mutable std::mutex m_jobsMutex;
+    std::vector<std::weak_ptr<BakingJob>> m_jobs;
     bool m_gpuAllowed = true;
     bool m_forceDxr = false;
     bool m_forceOptix = false;

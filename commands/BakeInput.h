@@ -1,11 +1,15 @@
 #pragma once
 // The bake of one input: load the low mesh, the high meshes and the cage,
-// run the baker, write the file.
+// run the baker, write the file. Shared by the baker commands and the plan.
 
 #include "commands/BakerSettingsMap.h"
 
+#include "scene/graph/Scene.h"
+
 #include <QString>
 #include <QStringList>
+
+#include <string>
 
 namespace Ond::Baking {
 class AbstractMapBaker;
@@ -21,5 +25,16 @@ namespace ProgramCommand {
 QString bakeInput(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBaker& baker, const QString& bakerName,
                   const QString& inputPath, Vrn::Baking::BakingContext& context, const QStringList& highMeshes,
                   const QString& cagePath);
+
+// The low scene with the selection applied and converted for the context;
+// null (and a line in the log) if the file couldn't be loaded. Tangents of
+// the file are kept unless `recomputeTangents`.
+Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const QString& inputPath,
+                                     const QStringList& selection, bool recomputeTangents);
+
+// All high meshes under one scene. Null if the run was cancelled. A file that
+// can't be loaded throws std::runtime_error: the whole run stops there.
+Ond::SceneGraph::SceneSPtr loadHighScenes(Vrn::Baking::BakingContext& context, const QStringList& highMeshes,
+                                          const std::string& bakerIdentifier);
 
 } // namespace ProgramCommand

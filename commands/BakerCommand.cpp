@@ -11,6 +11,7 @@
 #include "baking/BakingContext.h"
 #include "baking/GLMapBakerManager.h"
 #include "program/LogChannel.h"
+#include "scene/load/SceneMgr.h"
 
 namespace ProgramCommand {
 
@@ -48,8 +49,8 @@ int BakerCommand::process(const Ond::Program::ParsedValues& values)
         return 1;
     }
 
-    // The scene manager comes with the loading of inputs.
-    Vrn::Baking::BakingContext context(nullptr);
+    Vrn::Baking::BakingContext context(std::make_shared<Ond::SceneLoad::SceneMgr>(
+        Ond::SceneLoad::createSceneLoaderMgr(), Ond::SceneLoad::createSceneExporterMgr()));
     const bool disableGpu = settings.getBool(QStringLiteral("disable-gpu"), false);
     const bool forceOptix = settings.getBool(QStringLiteral("force-optix"), false);
     const bool forceDxr = settings.getBool(QStringLiteral("force-dxr"), false);

@@ -1,0 +1,140 @@
+#include "commands/SaveBaker.h"
+
+#include "commands/OutputNaming.h"
+
+#include "baking/AbstractMapBaker.h"
+#include "baking/BakingContext.h"
+#include "baking/GLMapBakerManager.h"
+#include "baking/MeshNameSuffixes.h"
+#include "baking/detail/DetailMapBaker.h"
+#include "baking/lowpoly/ColorMapBaker.h"
+#include "baking/lowpoly/LowPolyMapBaker.h"
+#include "image/SurfaceCodecManager.h"
+#include "program/LogChannel.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace ProgramCommand {
+
+using Ond::Core::zmfBakerChannel;
+
+namespace {
+
+// The cage is only its positions.
+constexpr uint32_t CageLoadFlags = 16;
+
+const QString SvgFormat = QStringLiteral("svg");
+
+bool writeSvg(const QString& filePath, const QByteArray& svg)
+{
+    QFile file(filePath);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
+        return false;
+    if (file.write(svg) != svg.size() || !file.flush()) {
+        file.close();
+        file.remove();
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool isKnownOutputFormat(const QString& format)
+{
+    const auto formats = Ond::Surfaces::SurfaceCodecManager::instance().getFormats(Ond::Surfaces::CapabilityWrite);
+    for (const Ond::Surfaces::SurfaceFormat& f : formats)
+        if (f.extension.compare(format, Qt::CaseInsensitive) == 0)
+            return true;
+    return false;
+}
+
+bool writeSurface(const QString& filePath, const Ond::Surfaces::SurfaceSPtr& surface, const QString& compression)
+{
+    QFile file(filePath);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    const auto codec = Ond::Surfaces::SurfaceCodecManager::instance().findCodec(
+        &file, QFileInfo(filePath).suffix().toUtf8(), Ond::Surfaces::CapabilityWrite);
+    bool written = false;
+    if (codec && surface) {
+        Ond::Surfaces::CodecOptions options;
+        options.insert(QStringLiteral("compression"), compression);
+        options.insert(QStringLiteral("png_compression"), QStringLiteral("best_speed"));
+        codec->setOptions(options);
+        written = codec->write(surface);
+    }
+    if (!written) {
+        // A failed codec may have written part of an image.
+        file.close();
+        file.remove();
+    }
+    return written;
+}
+
+QString saveBaker(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBaker& baker, const QString& bakerName,
+                  const QString& inputPath, Vrn::Baking::BakingContext& context,
+                  const Ond::SceneGraph::SceneSPtr& low, const Ond::SceneGraph::SceneSPtr& high,
+                  const QString& cagePath)
+{
+    const QString outputPath = settings.getString(QStringLiteral("output-path"), OutputNaming::defaultPath);
+    const QString outputName = settings.getString(QStringLiteral("output-name"), OutputNaming::defaultName);
+    const QString format = settings.getString(QStringLiteral("output-format"), OutputNaming::defaultFormat);
+
+    const bool isSvg = format == SvgFormat;
+    if (!isKnownOutputFormat(format) && !isSvg) {
+        zmfBakerChannel().error(QStringLiteral("unknown output format \"%1\"").arg(format));
+        return QString();
+    }
+
+    using Ond::Baking::MeshNameSuffixes;
+    MeshNameSuffixes::set(MeshNameSuffixes::Low, settings.getString(QStringLiteral("name-suffix-low"),
+                                                                    QStringLiteral("_low")));
+    MeshNameSuffixes::set(MeshNameSuffixes::High, settings.getString(QStringLiteral("name-suffix-high"),
+                                                                     QStringLiteral("_high")));
+
+    Ond::Baking::GLMapBakerManager& manager = Ond::Baking::GLMapBakerManager::instance();
+    bool applied = false;
+    if (auto* detail = dynamic_cast<Ond::Baking::DetailMapBaker*>(&baker)) {
+        Ond::SceneGraph::SceneSPtr cage;
+        const Ond::Baking::PropertyBag& bag = baker.properties();
+        if (bag.contains("Detail.UseCage") && bag["Detail.UseCage"].valueAs<bool>()) {
+            cage = context.loadSceneFile(cagePath, CageLoadFlags);
+            if (!cage) {
+                zmfBakerChannel().error(QStringLiteral("Error: Cage scene \"%1\" couldn't be loaded.").arg(cagePath));
+                return QString();
+            }
+        }
+        applied = manager.apply(context, *detail, low, high, cage);
+    } else if (auto* lowPoly = dynamic_cast<Ond::Baking::LowPolyMapBaker*>(&baker)) {
+        applied = manager.apply(context, *lowPoly, low);
+    }
+    if (!applied)
+        return QString();
+
+    const Ond::Baking::ComparableInt2 tile = baker.properties()["Common.UVTile"].valueAs<Ond::Baking::ComparableInt2>();
+    const QString name = OutputNaming::expandName(outputName, inputPath, bakerName, OutputNaming::udimOf(tile.x, tile.y));
+    const QString path = OutputNaming::expandPath(outputPath, inputPath);
+    const QString filePath = QDir(path).absoluteFilePath(QStringLiteral("%1.%2").arg(name, format));
+    const QString compression = settings.getString(QStringLiteral("output-format-compression"), QString());
+
+    bool written = false;
+    if (!isSvg) {
+        written = writeSurface(filePath, baker.result(), compression);
+    } else if (auto* colorMap = dynamic_cast<Ond::Baking::ColorMapBaker*>(&baker)) {
+        written = writeSvg(filePath, colorMap->svgData());
+    } else {
+        zmfBakerChannel().error(QStringLiteral("Cannot save file \"%1\" in format \"%2\" with baker \"%3\".")
+                                    .arg(filePath, SvgFormat, baker.label()));
+        return QString();
+    }
+    if (!written) {
+        zmfBakerChannel().error(QStringLiteral("Writing file \"%1\" failed.").arg(filePath));
+        return QString();
+    }
+    return filePath;
+}
+
+} // namespace ProgramCommand
