@@ -1,5 +1,8 @@
 #include "image/SurfaceCodecFactory.h"
 
+#include <QFileDevice>
+#include <QFileInfo>
+
 namespace Ond::Surfaces {
 
 SurfaceCodecFactory::SurfaceCodecFactory(const SurfaceFormatList& readFormats,
@@ -16,9 +19,14 @@ int SurfaceCodecFactory::probeDevice(QIODevice* device)
         return CapabilityRead | CapabilityWrite;
     bool opened = false;
     if (!device->isOpen()) {
-        opened = device->open(QIODevice::ReadWrite) || device->open(QIODevice::ReadOnly);
-        if (!opened)
-            return CapabilityNone;
+        // ExistingOnly: probing must not leave an empty file behind.
+        opened = device->open(QIODevice::ReadWrite | QIODevice::ExistingOnly)
+            || device->open(QIODevice::ReadOnly | QIODevice::ExistingOnly);
+        if (!opened) {
+            // A file yet to be written can be created when the codec writes.
+            auto* file = qobject_cast<QFileDevice*>(device);
+            return file && !QFileInfo::exists(file->fileName()) ? int(CapabilityWrite) : int(CapabilityNone);
+        }
     }
     int caps = CapabilityNone;
     if (device->isReadable())

@@ -190,3 +190,17 @@ TEST(FileTextureLoader, LogsFailuresInItsOwnWords)
                   QStringLiteral("1|ZMFBaker|FileTextureLoader >> Can't load io device: corrupted or bad format ?"));
     }
 }
+
+TEST(SurfaceCodecManager, ProbingAClosedFileCreatesNothing)
+{
+    registerDefaultCodecs();
+    const QString dir = ZmfTest::makeTempDir();
+    for (const char* suffix : {"surface", "dds", "lyd", "png"}) {
+        SCOPED_TRACE(suffix);
+        QFile missing(dir + "/missing." + suffix);
+        SurfaceCodecManager::instance().findCodec(&missing, suffix, CapabilityRead);
+        EXPECT_TRUE(SurfaceCodecManager::instance().findCodec(&missing, suffix, CapabilityWrite));
+        EXPECT_FALSE(missing.exists());
+        EXPECT_FALSE(missing.isOpen());
+    }
+}
