@@ -1,14 +1,14 @@
 #pragma once
 // A scene's name in a SceneMgr: "file:" URLs for files.
 
-#include <QMetaType>
-
 #include <string>
 
 namespace Ond::SceneLoad {
 
 using SceneId = std::string;
 
-} // namespace Ond::SceneLoad
+// Makes "Ond::SceneLoad::SceneId" known to Qt, for queued signals; called by
+// SceneMgr, safe to call again.
+void registerSceneIdMetaType();
 
-Q_DECLARE_METATYPE(Ond::SceneLoad::SceneId)
+} // namespace Ond::SceneLoad

@@ -17,6 +17,7 @@ Core::LogChannel& sceneMgrChannel()
 SceneMgr::SceneMgr(SceneLoaderMgrSPtr loaderMgr, SceneExporterMgrSPtr exporterMgr)
     : m_loaderMgr(std::move(loaderMgr)), m_exporterMgr(std::move(exporterMgr)), m_options(AllLoadFlags)
 {
+    registerSceneIdMetaType();
     m_providers.addProvider(std::make_shared<UrlSceneHandlerProvider>());
 }
 
