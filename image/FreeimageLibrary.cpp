@@ -2,6 +2,12 @@
 
 #include "program/LogChannel.h"
 
+#include <dlfcn.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
 namespace Ond::Image::Plugins {
 
 namespace {
@@ -52,6 +58,37 @@ void DLL_CALLCONV messageHandler(FREE_IMAGE_FORMAT fif, const char* message)
                                              .arg(QString::fromUtf8(message), QString::fromUtf8(name ? name : "")));
 }
 
+// The TIFF library under FreeImage prints to stderr by default: dozens of
+// "unknown tag" lines for every file read, as FreeImage asks for tags the
+// library doesn't know. Its warnings about files are of no use to a user
+// either. Errors go to the log like the library's own messages.
+using TiffHandler = void (*)(const char* module, const char* format, va_list args);
+using TiffSetHandler = TiffHandler (*)(TiffHandler);
+
+void tiffWarningHandler(const char*, const char*, va_list) {}
+
+void tiffErrorHandler(const char* module, const char* format, va_list args)
+{
+    if (module && std::strcmp(module, "TIFFFieldWithTag") == 0)
+        return;
+    char text[512];
+    std::vsnprintf(text, sizeof(text), format, args);
+    const QString message = module ? QStringLiteral("%1: %2").arg(QString::fromUtf8(module), QString::fromUtf8(text))
+                                   : QString::fromUtf8(text);
+    Ond::Core::zmfBakerChannel().warning(QStringLiteral("Freeimage Error>> %1. (format: %2)")
+                                             .arg(message, QStringLiteral("TIFF")));
+}
+
+void quietTiffLibrary()
+{
+    // Looked up at run time: the TIFF library comes in with FreeImage and
+    // has no headers here.
+    if (auto setError = reinterpret_cast<TiffSetHandler>(dlsym(RTLD_DEFAULT, "TIFFSetErrorHandler")))
+        setError(tiffErrorHandler);
+    if (auto setWarning = reinterpret_cast<TiffSetHandler>(dlsym(RTLD_DEFAULT, "TIFFSetWarningHandler")))
+        setWarning(tiffWarningHandler);
+}
+
 } // namespace
 
 FreeimageLibrary::FreeimageLibrary()
@@ -60,6 +97,7 @@ FreeimageLibrary::FreeimageLibrary()
     FreeImage_Initialise(FALSE);
 #endif
     FreeImage_SetOutputMessage(messageHandler);
+    quietTiffLibrary();
     m_io.read_proc = readProc;
     m_io.write_proc = writeProc;
     m_io.seek_proc = seekProc;
