@@ -4,6 +4,7 @@
 
 #include <QtEndian>
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <vector>
@@ -170,12 +171,45 @@ void decodeMasked(const uint8_t* in, uint32_t count, uint32_t bytes, const uint3
     }
 }
 
+// The format a header describes, and whether it needs mask decoding.
+// Invalid for layouts this codec doesn't read.
+PixelFormat headerFormat(const uint32_t* h, uint32_t dxgi, bool& masked)
+{
+    masked = false;
+    const uint32_t flags = h[pfFlags];
+    if (flags & DDPF_FOURCC)
+        return h[pfFourCC] == dx10FourCC ? formatFromDxgi(dxgi) : formatFromFourCC(h[pfFourCC]);
+    PixelFormat format = formatFromMasks(flags, h[pfBitCount], h + pfRMask);
+    if (format != PixelFormat::Invalid)
+        return format;
+    const uint32_t bits = h[pfBitCount];
+    if (!(flags & (DDPF_RGB | DDPF_LUMINANCE)) || (bits != 8 && bits != 16 && bits != 24 && bits != 32))
+        return PixelFormat::Invalid;
+    masked = true;
+    return (flags & DDPF_LUMINANCE) ? PixelFormat::LA8 : PixelFormat::RGBA8;
+}
+
 bool readExact(QIODevice* device, void* data, qint64 size)
 {
     return device->read(static_cast<char*>(data), size) == size;
 }
 
 } // namespace
+
+bool DDSSurfaceCodec::canRead(const QByteArray& header)
+{
+    uint32_t words[1 + headerWords + 5] = {};
+    if (header.size() < qsizetype(4 * (1 + headerWords)))
+        return false;
+    std::memcpy(words, header.constData(), std::min<size_t>(sizeof(words), size_t(header.size())));
+    for (uint32_t& w : words)
+        w = qFromLittleEndian(w);
+    const uint32_t* h = words + 1;
+    if (words[0] != ddsMagic || h[hSize] != 124)
+        return false;
+    bool masked = false;
+    return headerFormat(h, words[1 + headerWords], masked) != PixelFormat::Invalid;
+}
 
 PixelFormat DDSSurfaceCodec::storedFormat(PixelFormat format)
 {
@@ -276,32 +310,20 @@ bool DDSSurfaceCodec::readStream(QSharedPointer<Surface>& result)
     if (width == 0 || height == 0 || width > (1u << 16) || height > (1u << 16))
         return false;
 
-    PixelFormat format = PixelFormat::Invalid;
-    bool masked = false;
     const uint32_t flags = h[pfFlags];
-    if (flags & DDPF_FOURCC) {
-        if (h[pfFourCC] == dx10FourCC) {
-            uint32_t ext[5];
-            if (!readExact(m_device, ext, sizeof(ext)))
-                return false;
-            format = formatFromDxgi(qFromLittleEndian(ext[0]));
-        } else {
-            format = formatFromFourCC(h[pfFourCC]);
-        }
-        if (format == PixelFormat::Invalid) {
-            Ond::Core::zmfBakerChannel().warning(
-                QStringLiteral("DDSSurfaceCodec >> Unsupported pixel format (compressed or unknown)"));
+    uint32_t dxgi = 0;
+    if ((flags & DDPF_FOURCC) && h[pfFourCC] == dx10FourCC) {
+        uint32_t ext[5];
+        if (!readExact(m_device, ext, sizeof(ext)))
             return false;
-        }
-    } else {
-        format = formatFromMasks(flags, h[pfBitCount], h + pfRMask);
-        if (format == PixelFormat::Invalid) {
-            const uint32_t bits = h[pfBitCount];
-            if (!(flags & (DDPF_RGB | DDPF_LUMINANCE)) || (bits != 8 && bits != 16 && bits != 24 && bits != 32))
-                return false;
-            masked = true;
-            format = (flags & DDPF_LUMINANCE) ? PixelFormat::LA8 : PixelFormat::RGBA8;
-        }
+        dxgi = qFromLittleEndian(ext[0]);
+    }
+    bool masked = false;
+    const PixelFormat format = headerFormat(h, dxgi, masked);
+    if (format == PixelFormat::Invalid) {
+        Ond::Core::zmfBakerChannel().warning(
+            QStringLiteral("DDSSurfaceCodec >> Unsupported pixel format (compressed or unknown)"));
+        return false;
     }
 
     const uint32_t fileBytesPerPixel = masked ? h[pfBitCount] / 8 : Surfaces::bytesPerPixel(format);

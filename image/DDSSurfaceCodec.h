@@ -32,6 +32,10 @@ public:
 
     // The format a surface is stored as: RGB16 and RGB16F gain alpha.
     static Surfaces::PixelFormat storedFormat(Surfaces::PixelFormat format);
+    // Whether the first bytes of a file (at least the 148 of both headers,
+    // fewer for a legacy header) describe a layout this codec reads.
+    // Block-compressed files are left to other codecs.
+    static bool canRead(const QByteArray& header);
 
 private:
     bool readStream(QSharedPointer<Surfaces::Surface>& result);

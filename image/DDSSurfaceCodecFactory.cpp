@@ -18,7 +18,19 @@ int DDSSurfaceCodecFactory::canHandle(QIODevice* device, const QByteArray& suffi
 {
     if (suffix.toLower() != "dds")
         return Surfaces::CapabilityNone;
-    return probeDevice(device);
+    int caps = probeDevice(device);
+    if (!(caps & Surfaces::CapabilityRead) || !device)
+        return caps;
+    // Block-compressed files go to the next codec that reads "dds".
+    const bool wasOpen = device->isOpen();
+    if (!wasOpen && !device->open(QIODevice::ReadOnly))
+        return caps;
+    const QByteArray header = device->peek(148);
+    if (!wasOpen)
+        device->close();
+    if (!DDSSurfaceCodec::canRead(header))
+        caps &= ~Surfaces::CapabilityRead;
+    return caps;
 }
 
 QSharedPointer<Surfaces::SurfaceCodec> DDSSurfaceCodecFactory::createCodec(QIODevice* device,
