@@ -345,7 +345,12 @@ bool FreeimageSurfaceCodec::writeBitmap(const Surface& surface)
         target.type = custom->bitmapType(surface);
         target.format = custom->surfaceFormat(surface);
     } else {
-        target = FreeimageFormatTable::chooseTarget(fif, surface.format());
+        // The library's PSD writer makes files nobody reads from grey
+        // bitmaps: grey goes there as colour.
+        PixelFormat searched = surface.format();
+        if (fif == FIF_PSD && Surfaces::isGrayscale(searched))
+            searched = Surfaces::withChannels(searched, 4);
+        target = FreeimageFormatTable::chooseTarget(fif, searched);
     }
     if (target.type == FIT_UNKNOWN || !Surfaces::isValid(target.format))
         return false;

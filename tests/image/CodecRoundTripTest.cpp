@@ -6,7 +6,9 @@
 #include "image/FileTextureLoader.h"
 #include "image/FreeimageSurfaceCodec.h"
 #include "image/FreeimageSurfaceCodecFactory.h"
+#include "image/DefaultCodecs.h"
 #include "image/LYDSurfaceCodec.h"
+#include "image/SurfaceCodecManager.h"
 
 #include "common/TestPaths.h"
 
@@ -286,6 +288,22 @@ TEST(FreeimageCodec, CorruptFilesFailWithoutCrash)
         const auto back = readFile(cutPath);
         if (back) { // some readers fill a short image rather than fail
             EXPECT_EQ(back->width(), 16u);
+        }
+    }
+}
+
+TEST(CodecRoundTrip, EveryWritableTypeTakesEveryBakerFormat)
+{
+    registerDefaultCodecs();
+    for (const SurfaceFormat& type : SurfaceCodecManager::instance().getFormats(CapabilityWrite)) {
+        for (PF f : bakerFormats()) {
+            SCOPED_TRACE(type.extension.toStdString() + " " + pixelFormatName(f));
+            const QString path = tempPath("any.") + type.extension;
+            ASSERT_TRUE(writeFile(makePattern(f, 8, 4), path));
+            const auto back = readFile(path);
+            ASSERT_TRUE(back);
+            EXPECT_EQ(back->width(), 8u);
+            EXPECT_EQ(back->height(), 4u);
         }
     }
 }
