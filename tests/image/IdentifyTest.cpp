@@ -241,3 +241,16 @@ TEST(IndependentReader, ExrFloatAndHalf)
         }
     }
 }
+
+TEST(IndependentReader, JpegQualityIsClampedTo100)
+{
+    if (identifyPath().isEmpty())
+        GTEST_SKIP() << "ImageMagick's identify is not installed";
+    const struct { int quality; const char* expected; } cases[] = {{150, "100"}, {40, "40"}, {-3, "75"}};
+    for (const auto& c : cases) {
+        const QString path = tempPath(QStringLiteral("q%1.jpg").arg(c.quality));
+        ASSERT_TRUE(writeFile(makePattern(PF::RGBA8, 16, 16, false), path, {{"jpg_quality", c.quality}}));
+        const auto r = ZmfTest::runProgram(identifyPath(), {QStringLiteral("-format"), QStringLiteral("%Q"), path});
+        EXPECT_EQ(r.out.trimmed(), QLatin1String(c.expected)) << c.quality;
+    }
+}
