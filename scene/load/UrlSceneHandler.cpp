@@ -28,10 +28,19 @@ uint32_t UrlSceneHandler::getContentHash() const
     QFile file(getLocalPath());
     if (!file.exists() || !file.open(QIODevice::ReadOnly))
         return 0;
-    const QByteArray content = file.readAll();
-    if (content.isEmpty())
-        return 0;
-    return SceneGraph::murmurHash3_x86_32(content.constData(), size_t(content.size()), 0);
+    // Read in pieces: high-definition meshes run to gigabytes.
+    constexpr qint64 pieceSize = 16 << 20;
+    QByteArray piece(pieceSize, Qt::Uninitialized);
+    SceneGraph::MurmurHash3x86_32 hash(0);
+    qint64 total = 0;
+    for (;;) {
+        const qint64 got = file.read(piece.data(), pieceSize);
+        if (got <= 0)
+            break;
+        hash.update(piece.constData(), size_t(got));
+        total += got;
+    }
+    return total == 0 ? 0 : hash.finish();
 }
 
 std::shared_ptr<SceneGraph::Scene> UrlSceneHandler::loadScene(const SceneLoadOptions& options,

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -56,4 +57,22 @@ TEST(MurmurHash3, UnalignedInput)
 {
     const char text[] = "xThe quick brown fox jumps over the lazy dog";
     EXPECT_EQ(murmurHash3_x86_32(text + 1, sizeof(text) - 2, 0), 0x2E4FF723u);
+}
+
+// Fed in pieces of every size, the hash equals the one-shot hash: pieces
+// that end mid-block must carry their bytes over.
+TEST(MurmurHash3, PiecewiseEqualsWhole)
+{
+    std::vector<unsigned char> bytes(257);
+    for (size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<unsigned char>(i * 37 + 11);
+    for (size_t length : {0u, 1u, 3u, 4u, 5u, 64u, 257u}) {
+        const uint32_t whole = murmurHash3_x86_32(bytes.data(), length, 0x1234);
+        for (size_t piece = 1; piece <= 9; ++piece) {
+            Ond::SceneGraph::MurmurHash3x86_32 hash(0x1234);
+            for (size_t at = 0; at < length; at += piece)
+                hash.update(bytes.data() + at, std::min(piece, length - at));
+            EXPECT_EQ(hash.finish(), whole) << "length " << length << " piece " << piece;
+        }
+    }
 }
