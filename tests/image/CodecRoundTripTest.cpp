@@ -307,3 +307,36 @@ TEST(CodecRoundTrip, EveryWritableTypeTakesEveryBakerFormat)
         }
     }
 }
+
+TEST(TGAGrayscaleCodec, RunLengthPacketsSplitAt128AndRowEnds)
+{
+    // Long runs (over 128), single pixels and raw stretches, in rows of 300.
+    auto s = SurfaceSPtr::create(SurfaceDesc(300, 3, PF::L8));
+    for (uint32_t y = 0; y < 3; ++y)
+        for (uint32_t x = 0; x < 300; ++x)
+            *s->pixel<uint8_t>(x, y) = x < 200 ? uint8_t(10 * y) : (x < 260 ? uint8_t(x) : uint8_t(x / 3));
+    const QString plain = tempPath("plain.tga"), rle = tempPath("rle.tga");
+    ASSERT_TRUE(writeFile(s, plain));
+    ASSERT_TRUE(writeFile(s, rle, {{"tga_compression", "rle"}}));
+    QFile p(plain), r(rle);
+    ASSERT_TRUE(p.open(QIODevice::ReadOnly));
+    ASSERT_TRUE(r.open(QIODevice::ReadOnly));
+    const QByteArray pb = p.readAll(), rb = r.readAll();
+    EXPECT_EQ(pb.size(), 18 + 900 + 26);
+    EXPECT_EQ(int(pb[2]), 3);
+    EXPECT_EQ(int(rb[2]), 11);
+    EXPECT_EQ(int(rb[17]), 8); // descriptor
+    EXPECT_LT(rb.size(), pb.size());
+    EXPECT_EQ(rb.right(18), QByteArray("TRUEVISION-XFILE.", 18));
+    // The first packet of the bottom row: a run of 128 pixels of row 2's value.
+    EXPECT_EQ(uint8_t(rb[18]), 0xFF);
+    EXPECT_EQ(uint8_t(rb[19]), 20);
+    for (const QString& path : {plain, rle}) {
+        const auto back = readFile(path);
+        ASSERT_TRUE(back);
+        ASSERT_EQ(back->format(), PF::L8);
+        for (uint32_t y = 0; y < 3; ++y)
+            for (uint32_t x = 0; x < 300; ++x)
+                ASSERT_EQ(*back->pixel<uint8_t>(x, y), *s->pixel<uint8_t>(x, y)) << x << "," << y;
+    }
+}
