@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <new>
 
 namespace Ond::Image::Plugins {
@@ -148,7 +149,7 @@ bool LYDSurfaceCodec::readStream(QList<Layer>& layers, uint32_t* canvasWidth, ui
             return false;
         }
         if (encoding == encodingZlib) {
-            if (storedSize > zlibLimit * 2)
+            if (storedSize > uint64_t(std::numeric_limits<int>::max()))
                 return false;
             QByteArray stored(qsizetype(storedSize), Qt::Uninitialized);
             if (in.readRawData(stored.data(), int(storedSize)) != int(storedSize))
