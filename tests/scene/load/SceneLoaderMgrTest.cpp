@@ -167,3 +167,18 @@ TEST(SceneFileLoader, LoadsObjFileAndPostProcesses)
     EXPECT_FALSE(data->getBoundingBox().isEmpty());
     EXPECT_TRUE(scene->findEntityByName("box_low"));
 }
+
+// The mask of the bake commands runs the whole post-processing; whether a
+// tangent plugin is found or not, the scene comes back whole.
+TEST(SceneFileLoader, BakeFlagsGiveAProcessedScene)
+{
+    SceneTest::LogCapture log;
+    auto scene = SceneFileLoader::load(ZmfTest::testDataDir() + "/box_low.obj", BakeLoadFlags);
+    ASSERT_TRUE(scene);
+    const auto data = scene->getMeshes().front()->getData();
+    EXPECT_NE(data->getNormals(), nullptr);
+    EXPECT_EQ(data->getSubMeshCount(), 1u);
+    EXPECT_EQ(data->getSubMesh(0)->primitiveCount, 188u);
+    for (const QString& line : log.lines())
+        EXPECT_FALSE(line.startsWith("2|")) << line.toStdString();
+}
