@@ -200,9 +200,9 @@ bool exrChannels(const QString& path, QStringList& names, QList<int>& types, int
                 pos += 16;
             }
         } else if (name == "dataWindow") {
-            const qint32* box = reinterpret_cast<const qint32*>(d.constData() + pos);
-            width = qFromLittleEndian(box[2]) - qFromLittleEndian(box[0]) + 1;
-            height = qFromLittleEndian(box[3]) - qFromLittleEndian(box[1]) + 1;
+            auto box = [&](int i) { return qFromLittleEndian<qint32>(d.constData() + pos + 4 * i); };
+            width = box(2) - box(0) + 1;
+            height = box(3) - box(1) + 1;
         }
         pos = valueEnd;
     }
