@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <numeric>
 #include <unordered_map>
 #include <vector>
 
@@ -115,25 +114,11 @@ Corners readCorners(const TangentSpaceContext* context, int faceCount)
     return c;
 }
 
-// Exact weld: a hash on the bit patterns, with -0 folded onto +0 so that
-// the comparison is the one of float equality.
+// Exact weld: an open-addressing hash on the bit patterns, with -0 folded
+// onto +0 so that the comparison is the one of float equality. Each corner
+// maps to the first corner with the same values.
 std::vector<int> weldExact(const Corners& c)
 {
-    struct Key
-    {
-        uint32_t bits[8];
-        bool operator==(const Key& o) const { return std::memcmp(bits, o.bits, sizeof bits) == 0; }
-    };
-    struct KeyHash
-    {
-        size_t operator()(const Key& k) const
-        {
-            uint64_t h = 1469598103934665603ull;
-            for (uint32_t b : k.bits)
-                h = (h ^ b) * 1099511628211ull;
-            return size_t(h);
-        }
-    };
     auto bitsOf = [](float f) {
         f += 0.0f;
         uint32_t b;
@@ -141,44 +126,106 @@ std::vector<int> weldExact(const Corners& c)
         return b;
     };
     const size_t n = c.position.size();
-    std::unordered_map<Key, int, KeyHash> first;
-    first.reserve(n);
+    std::vector<uint32_t> keys(n * 8);
+    for (size_t k = 0; k < n; ++k) {
+        uint32_t* key = &keys[k * 8];
+        const Vec3 p = c.position[k], nr = c.normal[k];
+        key[0] = bitsOf(p.x);
+        key[1] = bitsOf(p.y);
+        key[2] = bitsOf(p.z);
+        key[3] = bitsOf(nr.x);
+        key[4] = bitsOf(nr.y);
+        key[5] = bitsOf(nr.z);
+        key[6] = bitsOf(c.u[k]);
+        key[7] = bitsOf(c.v[k]);
+    }
+    size_t capacity = 16;
+    while (capacity < n * 2)
+        capacity *= 2;
+    std::vector<int> table(capacity, -1);
     std::vector<int> vertexOf(n);
     for (size_t k = 0; k < n; ++k) {
-        const Vec3 p = c.position[k], nr = c.normal[k];
-        const Key key{{bitsOf(p.x), bitsOf(p.y), bitsOf(p.z), bitsOf(nr.x), bitsOf(nr.y), bitsOf(nr.z),
-                       bitsOf(c.u[k]), bitsOf(c.v[k])}};
-        vertexOf[k] = first.emplace(key, int(k)).first->second;
+        const uint32_t* key = &keys[k * 8];
+        uint64_t h = 1469598103934665603ull;
+        for (int i = 0; i < 8; ++i)
+            h = (h ^ key[i]) * 1099511628211ull;
+        // Whole-number coordinates leave the low bits of the words at zero:
+        // mix them up before the table takes the low bits.
+        h ^= h >> 31;
+        h *= 0x7fb5d329728ea185ull;
+        h ^= h >> 27;
+        h *= 0x81dadef4bc2dd44dull;
+        h ^= h >> 33;
+        size_t slot = size_t(h) & (capacity - 1);
+        while (true) {
+            const int other = table[slot];
+            if (other < 0) {
+                table[slot] = int(k);
+                vertexOf[k] = int(k);
+                break;
+            }
+            if (std::memcmp(&keys[size_t(other) * 8], key, 32) == 0) {
+                vertexOf[k] = other;
+                break;
+            }
+            slot = (slot + 1) & (capacity - 1);
+        }
     }
     return vertexOf;
 }
 
-// Weld within tolerances: sweep the corners sorted by x; each corner not yet
-// taken becomes a representative and takes the later corners close to it.
+// Weld within tolerances. Representatives are kept in cells of twice the
+// position tolerance; a corner looks for one in its cell and, where it lies
+// near a cell border, in the neighbouring cells. The first corner that
+// finds none becomes a representative itself.
 std::vector<int> weldNear(const Corners& c, const CoreOptions& o)
 {
     const size_t n = c.position.size();
-    std::vector<int> order(n);
-    std::iota(order.begin(), order.end(), 0);
-    std::stable_sort(order.begin(), order.end(),
-                     [&](int a, int b) { return c.position[a].x < c.position[b].x; });
+    const float cell = std::max(o.positionTolerance * 2.0f, 1e-30f);
+    auto cellOf = [cell](float x) { return int64_t(std::floor(x / cell)); };
+    auto keyOf = [](int64_t x, int64_t y, int64_t z) {
+        return (uint64_t(x) * 73856093u) ^ (uint64_t(y) * 19349663u) ^ (uint64_t(z) * 83492791u);
+    };
     auto near = [](Vec3 a, Vec3 b, float tol) {
         return std::fabs(a.x - b.x) <= tol && std::fabs(a.y - b.y) <= tol && std::fabs(a.z - b.z) <= tol;
     };
+    std::unordered_map<uint64_t, std::vector<int>> cells;
+    cells.reserve(n);
     std::vector<int> vertexOf(n, -1);
-    for (size_t i = 0; i < n; ++i) {
-        const int r = order[i];
-        if (vertexOf[r] >= 0)
-            continue;
-        vertexOf[r] = r;
-        for (size_t j = i + 1; j < n && c.position[order[j]].x - c.position[r].x <= o.positionTolerance; ++j) {
-            const int k = order[j];
-            if (vertexOf[k] < 0 && near(c.position[k], c.position[r], o.positionTolerance)
-                && near(c.normal[k], c.normal[r], o.normalTolerance)
-                && std::fabs(c.u[k] - c.u[r]) <= o.texCoordTolerance
-                && std::fabs(c.v[k] - c.v[r]) <= o.texCoordTolerance)
-                vertexOf[k] = r;
+    for (size_t k = 0; k < n; ++k) {
+        const Vec3 p = c.position[k];
+        const int64_t cx = cellOf(p.x), cy = cellOf(p.y), cz = cellOf(p.z);
+        // Neighbour cells only on the sides the tolerance reaches into.
+        auto span = [&](float x, int64_t ci, int64_t& lo, int64_t& hi) {
+            lo = cellOf(x - o.positionTolerance) < ci ? ci - 1 : ci;
+            hi = cellOf(x + o.positionTolerance) > ci ? ci + 1 : ci;
+        };
+        int64_t x0, x1, y0, y1, z0, z1;
+        span(p.x, cx, x0, x1);
+        span(p.y, cy, y0, y1);
+        span(p.z, cz, z0, z1);
+        int found = -1;
+        for (int64_t x = x0; x <= x1 && found < 0; ++x)
+            for (int64_t y = y0; y <= y1 && found < 0; ++y)
+                for (int64_t z = z0; z <= z1 && found < 0; ++z) {
+                    auto it = cells.find(keyOf(x, y, z));
+                    if (it == cells.end())
+                        continue;
+                    for (int r : it->second) {
+                        if (near(c.position[r], p, o.positionTolerance)
+                            && near(c.normal[r], c.normal[k], o.normalTolerance)
+                            && std::fabs(c.u[r] - c.u[k]) <= o.texCoordTolerance
+                            && std::fabs(c.v[r] - c.v[k]) <= o.texCoordTolerance) {
+                            found = r;
+                            break;
+                        }
+                    }
+                }
+        if (found < 0) {
+            found = int(k);
+            cells[keyOf(cx, cy, cz)].push_back(found);
         }
+        vertexOf[k] = found;
     }
     return vertexOf;
 }

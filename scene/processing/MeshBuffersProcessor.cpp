@@ -117,6 +117,10 @@ std::shared_ptr<Mesh::Data> MeshReindexer::process() const
         uint64_t h = 1469598103934665603ull;
         for (size_t k = 0; k < stride; ++k)
             h = (h ^ rows[v * stride + k]) * 1099511628211ull;
+        // The low bits of float words are often zero: mix before bucketing.
+        h ^= h >> 31;
+        h *= 0x7fb5d329728ea185ull;
+        h ^= h >> 27;
         return size_t(h);
     };
     auto equal = [rows, stride](uint32_t a, uint32_t b) {
