@@ -1,6 +1,7 @@
 #include "image/LYDSurfaceCodec.h"
 
 #include <QDataStream>
+#include <QtEndian>
 
 #include <algorithm>
 #include <cstring>
@@ -137,39 +138,35 @@ bool LYDSurfaceCodec::readStream(QList<Layer>& layers, uint32_t* canvasWidth, ui
         desc.depth = depth;
         desc.flags = flags;
         desc.userData = userData;
-        if (!Surfaces::isValid(desc.format) || desc.isEmpty())
+        // Sizes beyond 2^24 a side are damage, and would overflow below.
+        if (!Surfaces::isValid(desc.format) || desc.isEmpty() || width > (1u << 24) || height > (1u << 24))
             return false;
         const uint64_t size = desc.rowBytes() * height;
-        if (storedSize > (uint64_t(1) << 40) || (!m_device->isSequential() && uint64_t(m_device->bytesAvailable()) < storedSize))
+        if (storedSize > uint64_t(std::numeric_limits<int>::max())
+            || (!m_device->isSequential() && uint64_t(m_device->bytesAvailable()) < storedSize))
             return false;
+        if (encoding == encodingRaw ? storedSize != size : encoding != encodingZlib)
+            return false;
+        // The data first: nothing is allocated for a size the file can't back.
+        QByteArray stored(qsizetype(storedSize), Qt::Uninitialized);
+        if (in.readRawData(stored.data(), int(storedSize)) != int(storedSize))
+            return false;
+        if (encoding == encodingZlib) {
+            // qCompress leads with the uncompressed size, big-endian.
+            if (storedSize < 4 || qFromBigEndian<quint32>(stored.constData()) != size)
+                return false;
+            stored = qUncompress(stored);
+            if (uint64_t(stored.size()) != size)
+                return false;
+        }
         QSharedPointer<Surface> surface;
         try {
             surface = QSharedPointer<Surface>::create(desc);
         } catch (const std::bad_alloc&) {
             return false;
         }
-        if (encoding == encodingZlib) {
-            if (storedSize > uint64_t(std::numeric_limits<int>::max()))
-                return false;
-            QByteArray stored(qsizetype(storedSize), Qt::Uninitialized);
-            if (in.readRawData(stored.data(), int(storedSize)) != int(storedSize))
-                return false;
-            const QByteArray packed = qUncompress(stored);
-            if (uint64_t(packed.size()) != size)
-                return false;
-            for (uint32_t r = 0; r < height; ++r)
-                std::memcpy(surface->row(r), packed.constData() + r * desc.rowBytes(), desc.rowBytes());
-        } else if (encoding == encodingRaw) {
-            if (storedSize != size)
-                return false;
-            for (uint32_t r = 0; r < height; ++r) {
-                if (in.readRawData(reinterpret_cast<char*>(surface->row(r)), int(desc.rowBytes()))
-                    != int(desc.rowBytes()))
-                    return false;
-            }
-        } else {
-            return false;
-        }
+        for (uint32_t r = 0; r < height; ++r)
+            std::memcpy(surface->row(r), stored.constData() + r * desc.rowBytes(), desc.rowBytes());
         layers.append(Layer{QString::fromUtf8(name), x, y, surface});
     }
     if (canvasWidth)

@@ -57,7 +57,10 @@ bool RawSurfaceCodec::readStream(QSharedPointer<Surface>& result)
         result = QSharedPointer<Surface>::create(desc);
         return true;
     }
-    if (!isValid(desc.format) || desc.absStride() < desc.rowBytes())
+    // Strides beyond 2^40 or heights beyond 2^24 are damage, and would
+    // overflow the size below.
+    if (!isValid(desc.format) || desc.absStride() < desc.rowBytes() || desc.absStride() > (uint64_t(1) << 40)
+        || desc.height >= (1u << 24))
         return false;
     const uint64_t size = desc.byteSize();
     if (!m_device->isSequential() && uint64_t(m_device->bytesAvailable()) < size)
