@@ -72,7 +72,9 @@ struct Group
 {
     int vertex = 0;
     bool orientPreserving = false;
-    std::vector<int> triangles;
+    // Its triangles are groupTriangles[begin, end): a group is complete
+    // before the next one starts, so all of them share one array.
+    size_t begin = 0, end = 0;
 };
 
 struct Frame
@@ -268,6 +270,7 @@ private:
     void splitDegenerates(int faceCount)
     {
         tris.reserve(faceCount);
+        groupTriangles.reserve(size_t(faceCount) * 3);
         for (int f = 0; f < faceCount; ++f) {
             Triangle t;
             t.face = f;
@@ -355,13 +358,15 @@ private:
                 if ((tri.flags & GroupWithAny) || tri.group[i] >= 0)
                     continue;
                 const int g = int(groups.size());
-                groups.push_back({tri.vertex[i], (tri.flags & OrientPreserving) != 0, {t}});
+                groupTriangles.push_back(t);
+                groups.push_back({tri.vertex[i], (tri.flags & OrientPreserving) != 0, groupTriangles.size() - 1, 0});
                 tri.group[i] = g;
                 const int left = tri.neighbour[i], right = tri.neighbour[i > 0 ? i - 1 : 2];
                 if (left >= 0)
                     assign(left, g);
                 if (right >= 0)
                     assign(right, g);
+                groups[g].end = groupTriangles.size();
             }
         }
     }
@@ -385,7 +390,7 @@ private:
         }
         if (((tri.flags & OrientPreserving) != 0) != group.orientPreserving)
             return;
-        group.triangles.push_back(t);
+        groupTriangles.push_back(t);
         tri.group[i] = g;
         const int left = tri.neighbour[i], right = tri.neighbour[i > 0 ? i - 1 : 2];
         if (left >= 0)
@@ -398,37 +403,44 @@ private:
     {
         std::vector<Vec3> os, ot;
         std::vector<int> members;
-        std::vector<std::vector<int>> subgroups;
+        // Subgroups of one group, their members one after another.
+        std::vector<int> subMembers;
+        std::vector<size_t> subStart;
         std::vector<Frame> subFrames;
         for (int g = 0; g < int(groups.size()); ++g) {
             const Group& group = groups[g];
-            const size_t count = group.triangles.size();
+            const int* triangles = groupTriangles.data() + group.begin;
+            const size_t count = group.end - group.begin;
             const Vec3 n = nrm(group.vertex);
             os.resize(count);
             ot.resize(count);
             for (size_t k = 0; k < count; ++k) {
-                const Triangle& t = tris[group.triangles[k]];
+                const Triangle& t = tris[triangles[k]];
                 os[k] = tangentPart(t.os, n);
                 ot[k] = tangentPart(t.ot, n);
             }
-            subgroups.clear();
+            subMembers.clear();
+            subStart.assign(1, 0);
             subFrames.clear();
             for (size_t k = 0; k < count; ++k) {
-                const Triangle& t = tris[group.triangles[k]];
+                const Triangle& t = tris[triangles[k]];
                 members.clear();
                 for (size_t j = 0; j < count; ++j) {
-                    const Triangle& other = tris[group.triangles[j]];
+                    const Triangle& other = tris[triangles[j]];
                     const bool any = ((t.flags | other.flags) & GroupWithAny) != 0;
                     const bool sameFace = t.face == other.face;
                     if (any || sameFace || (dot(os[k], os[j]) > thresholdCos && dot(ot[k], ot[j]) > thresholdCos))
-                        members.push_back(group.triangles[j]);
+                        members.push_back(triangles[j]);
                 }
                 std::sort(members.begin(), members.end());
                 size_t s = 0;
-                while (s < subgroups.size() && subgroups[s] != members)
+                while (s < subFrames.size()
+                       && !(subStart[s + 1] - subStart[s] == members.size()
+                            && std::equal(members.begin(), members.end(), subMembers.begin() + subStart[s])))
                     ++s;
-                if (s == subgroups.size()) {
-                    subgroups.push_back(members);
+                if (s == subFrames.size()) {
+                    subMembers.insert(subMembers.end(), members.begin(), members.end());
+                    subStart.push_back(subMembers.size());
                     subFrames.push_back(evaluate(members, group.vertex));
                 }
                 Frame frame = subFrames[s];
@@ -497,6 +509,7 @@ private:
     std::vector<Triangle> tris;
     std::vector<Triangle> degenerates;
     std::vector<Group> groups;
+    std::vector<int> groupTriangles;
 };
 
 } // namespace
