@@ -1,6 +1,14 @@
 #include "baking/lowpoly/PositionMapBaker.h"
 
+#include "baking/AbstractBakingContext.h"
 #include "baking/BakerRequirements.h"
+#include "baking/lowpoly/GLProgram.h"
+#include "baking/lowpoly/GLSLSource.h"
+#include "baking/lowpoly/LowPolyProperties.h"
+#include "baking/lowpoly/LowPolyTileLoop.h"
+#include "baking/lowpoly/SceneVisitor.h"
+
+#include <algorithm>
 
 namespace Ond::Baking {
 
@@ -27,9 +35,64 @@ bool PositionMapBaker::isAvailable(QString* why) const
 
 Surfaces::SurfaceSPtr PositionMapBaker::process(AbstractBakingContext& context, const SceneGraph::SceneSPtr& scene)
 {
-    (void)context;
-    (void)scene;
-    throwAlgorithmMissing();
+    using namespace LowPolyProperties;
+    const PropertyBag& bag = properties();
+    const ComparableInt2 uvTile = value<ComparableInt2>(bag, "Common.UVTile", {});
+    const int mode = value<int>(bag, "Position.Mode", 0);
+    const int axis = value<int>(bag, "Position.Axis", 0);
+    const int normalization = value<int>(bag, "Position.Normalization", 1);
+    const uint32_t boxMask = value<int>(bag, "Position.NormalizationScale", 1) == 1 ? 1u : 2u;
+
+    GLBakeParameters parameters;
+    parameters.uvSet = uint32_t(std::max(value<int>(bag, "Common.UVSet", 0), 0));
+    parameters.uvTile = {uvTile.x, uvTile.y};
+
+    Surfaces::SurfaceSPtr output = makeLowPolyOutput(outputSize());
+    const SurfaceTileGrid outputGrid(output, lowPolyTileLimit, lowPolyTileLimit);
+
+    const GLProgramSPtr program = GLProgramCache::instance().program(GLSLSource::vertexText("position.vert.glsl"),
+                                                                      GLSLSource::fragmentText("position.frag.glsl"));
+    if (program && scene) {
+        BBoxVisitor box(boxMask, parameters.uvSet);
+        box.walk(*scene);
+        const Eigen::Vector3f extent = box.maximum - box.minimum;
+        Eigen::Vector3f coeff = Eigen::Vector3f::Ones();
+        Eigen::Vector3f offset = box.minimum;
+        if (normalization == 0) {
+            coeff = extent.cwiseInverse();
+        } else if (normalization == 1) {
+            float largest = extent.x();
+            if (extent.y() > largest)
+                largest = extent.y();
+            if (extent.z() > largest)
+                largest = extent.z();
+            coeff = Eigen::Vector3f::Constant(1.0f / largest);
+            offset = box.minimum + (extent - Eigen::Vector3f::Constant(largest)) * 0.5f;
+        } else if (normalization == 2) {
+            offset = Eigen::Vector3f::Zero();
+        }
+
+        LowPolyPass pass;
+        pass.label = trBaking("Position map computation");
+        pass.program = program.get();
+        pass.parameters = parameters;
+        pass.windowForm = UvWindowForm::Product;
+        pass.setUniforms = [&](GLProgram& p) {
+            p.setVec3("normalization_coeff", coeff);
+            p.setVec3("normalization_offset", offset);
+            p.setInt("channel", axis);
+            p.setInt("monochrome", mode == 1 ? 1 : 0);
+        };
+        runTileLoop(context, *scene, pass, outputGrid);
+    }
+    finishLowPolyMap(context, output, value<int>(bag, "Common.DilationWidth", 1),
+                     value<bool>(bag, "Common.ApplyDiffusion", true));
+    if (mode == 1 && output && !output->isEmpty()) {
+        auto single = Surfaces::SurfaceSPtr::create();
+        Surfaces::convert(*output, *single, Surfaces::PixelFormat::L32F);
+        return single;
+    }
+    return output;
 }
 
 } // namespace Ond::Baking

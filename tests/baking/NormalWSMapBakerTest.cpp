@@ -1,0 +1,187 @@
+// The world-space normal baker on box_low.obj against normals interpolated
+// on the processor, and on small quads for the tangent, binormal and the
+// tangent-space normal map.
+
+#include "LowPolyBakeTestUtil.h"
+
+#include "baking/lowpoly/NormalWSMapBaker.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+
+using namespace LowPolyTest;
+using Ond::Baking::NormalWSMapBaker;
+using Ond::Surfaces::PixelFormat;
+using Ond::Surfaces::SurfaceDesc;
+using Ond::Surfaces::SurfaceSPtr;
+
+namespace {
+
+Eigen::Vector3f decode(const Eigen::Vector4f& c)
+{
+    return Eigen::Vector3f(c.x(), c.y(), c.z()) * 2.0f - Eigen::Vector3f::Ones();
+}
+
+struct NormalBake : ::testing::Test
+{
+    void SetUp() override
+    {
+        baker.init();
+        setProperty(baker.properties(), "Common.OutputSize", QVariant::fromValue(QSize(8, 8)));
+        // No post-process: uncovered texels must stay empty for the checks.
+        setProperty(baker.properties(), "Common.DilationWidth", 0);
+        setProperty(baker.properties(), "Common.ApplyDiffusion", false);
+    }
+
+    SurfaceSPtr bake(const SceneSPtr& scene)
+    {
+        SurfaceSPtr result;
+        inGL([&] { result = baker.process(context, scene); });
+        return result;
+    }
+
+    NormalWSMapBaker baker;
+    RecordingContext context;
+};
+
+} // namespace
+
+TEST_F(NormalBake, BoxLowTexelsHoldTheInterpolatedWorldNormal)
+{
+    const SceneSPtr scene = loadBoxLow();
+    ASSERT_TRUE(scene);
+    const Mesh::DataSPtr data = firstMeshData(*scene);
+    ASSERT_TRUE(data && data->getNormals());
+    const SurfaceSPtr map = bake(scene);
+    ASSERT_TRUE(map);
+    ASSERT_EQ(map->width(), 256u);
+    ASSERT_EQ(map->height(), 256u);
+    ASSERT_EQ(map->format(), PixelFormat::RGBA32F);
+
+    const int size = 256;
+    std::vector<UvHit> hits(size_t(size * size));
+    for (int y = 0; y < size; ++y)
+        for (int x = 0; x < size; ++x)
+            hits[size_t(y * size + x)] = locate(*data, texelUv(x, y, size, size));
+    const auto inside = [&](int x, int y) {
+        return x >= 0 && y >= 0 && x < size && y < size && hits[size_t(y * size + x)].triangle >= 0;
+    };
+
+    int checked = 0, covered = 0, coverageMismatch = 0;
+    double worstDegrees = 0.0;
+    const Vec3Buffer& normals = *data->getNormals();
+    for (int y = 0; y < size; ++y) {
+        for (int x = 0; x < size; ++x) {
+            const Eigen::Vector4f c = texel(*map, x, y);
+            const bool isCovered = c.w() > 0.5f;
+            covered += isCovered;
+            // Away from island borders coverage must agree exactly.
+            const bool interior = inside(x, y) && inside(x - 1, y) && inside(x + 1, y) && inside(x, y - 1)
+                && inside(x, y + 1);
+            const bool exterior = !inside(x, y) && !inside(x - 1, y) && !inside(x + 1, y) && !inside(x, y - 1)
+                && !inside(x, y + 1);
+            if ((interior && !isCovered) || (exterior && isCovered))
+                ++coverageMismatch;
+            if (!interior)
+                continue;
+            const UvHit& hit = hits[size_t(y * size + x)];
+            Eigen::Vector3f expected = Eigen::Vector3f::Zero();
+            for (int k = 0; k < 3; ++k)
+                expected += hit.weights[k] * normals[hit.corners[k]].normalized();
+            expected.normalize();
+            const Eigen::Vector3f got = decode(c);
+            const double cosine = std::clamp(double(got.normalized().dot(expected)), -1.0, 1.0);
+            worstDegrees = std::max(worstDegrees, std::acos(cosine) * 180.0 / M_PI);
+            EXPECT_NEAR(got.norm(), 1.0f, 1e-3f) << x << "," << y;
+            ++checked;
+        }
+    }
+    std::cout << "[ figures  ] box_low 256: " << checked << " interior texels, worst " << worstDegrees
+              << " degrees, " << covered << " covered" << std::endl;
+    EXPECT_GT(checked, 30000);
+    EXPECT_LE(worstDegrees, 1.0);
+    EXPECT_EQ(coverageMismatch, 0);
+    EXPECT_EQ(context.progressLabels, std::vector<QString>{QStringLiteral("Normal world space map computation")});
+    EXPECT_EQ(context.tiles.size(), 1u);
+}
+
+TEST_F(NormalBake, TangentAndBinormalTypesWriteThatAxisOfTheFrame)
+{
+    const Eigen::Vector3f n(0, 0, 1), t(0, 1, 0), b(-1, 0, 0);
+    const SceneSPtr quad = makeQuad(n, t, b);
+    setProperty(baker.properties(), "Common.OutputSize", QVariant::fromValue(QSize(5, 5)));
+    const Eigen::Vector3f expected[3] = {n, t, b};
+    for (int type = 0; type < 3; ++type) {
+        setProperty(baker.properties(), "NWS.BakeType", type);
+        const SurfaceSPtr map = bake(quad);
+        ASSERT_TRUE(map);
+        for (int y = 0; y < 32; y += 5)
+            for (int x = 0; x < 32; x += 5)
+                EXPECT_LT((decode(texel(*map, x, y)) - expected[type]).norm(), 1e-4f) << type << " " << x << "," << y;
+    }
+}
+
+TEST_F(NormalBake, NormalMapBendsTheFrameAndItsAlphaLeavesTexelsEmpty)
+{
+    const Eigen::Vector3f n(0, 1, 0), t(1, 0, 0), b(0, 0, -1);
+    const SceneSPtr quad = makeQuad(n, t, b);
+    setProperty(baker.properties(), "Common.OutputSize", QVariant::fromValue(QSize(6, 6)));
+    // Tangent-space (0.6, 0.48, 0.64) on the left half; alpha 0 on the right.
+    auto normalMap = SurfaceSPtr::create(SurfaceDesc(64, 64, PixelFormat::RGBA32F));
+    const Eigen::Vector3f ts = Eigen::Vector3f(0.6f, 0.48f, 0.64f).normalized();
+    for (uint32_t y = 0; y < 64; ++y)
+        for (uint32_t x = 0; x < 64; ++x)
+            normalMap->writePixel(x, y, Eigen::Vector4f(ts.x() * 0.5f + 0.5f, ts.y() * 0.5f + 0.5f,
+                                                        ts.z() * 0.5f + 0.5f, x < 32 ? 1.0f : 0.0f));
+    context.surfaces[QStringLiteral("/maps/n.png")] = normalMap;
+    setProperty(baker.properties(), "Additional.NormalMap", QStringLiteral("/maps/n.png"));
+
+    for (int invert : {0, 1}) {
+        setProperty(baker.properties(), "Additional.InvertGreen", invert);
+        const SurfaceSPtr map = bake(quad);
+        ASSERT_TRUE(map);
+        const float g = invert ? -ts.y() : ts.y();
+        const Eigen::Vector3f expected = (t * ts.x() + b * g + n * ts.z()).normalized();
+        EXPECT_LT((decode(texel(*map, 10, 20)) - expected).norm(), 1e-3f) << invert;
+        EXPECT_EQ(texel(*map, 50, 20), Eigen::Vector4f::Zero()) << invert;
+    }
+
+    // With the tangent type the map is loaded but has no effect.
+    setProperty(baker.properties(), "NWS.BakeType", 1);
+    context.loadedPaths.clear();
+    const SurfaceSPtr tangent = bake(quad);
+    EXPECT_EQ(context.loadedPaths.size(), 1u);
+    EXPECT_LT((decode(texel(*tangent, 50, 20)) - t).norm(), 1e-4f);
+}
+
+TEST_F(NormalBake, MissingMapIsIgnoredAndUnselectedPartsAreNotDrawn)
+{
+    const Eigen::Vector3f n(0, 0, 1), t(1, 0, 0), b(0, 1, 0);
+    setProperty(baker.properties(), "Common.OutputSize", QVariant::fromValue(QSize(5, 5)));
+    setProperty(baker.properties(), "Additional.NormalMap", QStringLiteral("/maps/absent.png"));
+    const SurfaceSPtr drawn = bake(makeQuad(n, t, b));
+    EXPECT_LT((decode(texel(*drawn, 7, 7)) - n).norm(), 1e-4f);
+
+    const SurfaceSPtr empty = bake(makeQuad(n, t, b, Eigen::Vector2f::Zero(), false));
+    for (int y = 0; y < 32; y += 3)
+        for (int x = 0; x < 32; x += 3)
+            EXPECT_EQ(texel(*empty, x, y), Eigen::Vector4f::Zero());
+}
+
+TEST_F(NormalBake, CancelledBakeStopsAtATileBoundaryWithoutPostProcess)
+{
+    const Eigen::Vector3f n(0, 0, 1), t(1, 0, 0), b(0, 1, 0);
+    setProperty(baker.properties(), "Common.OutputSize", QVariant::fromValue(QSize(11, 11)));
+    setProperty(baker.properties(), "Common.DilationWidth", 4);
+    context.cancelAfterChecks = 1;
+    const SurfaceSPtr map = bake(makeQuad(n, t, b));
+    ASSERT_TRUE(map);
+    EXPECT_EQ(map->width(), 2048u);
+    // One tile of four was drawn: the bottom-left one, the top-left quarter
+    // of the rows stays empty.
+    EXPECT_EQ(context.tiles.size(), 1u);
+    EXPECT_GT(texel(*map, 100, 2000).w(), 0.5f);
+    EXPECT_EQ(texel(*map, 100, 100), Eigen::Vector4f::Zero());
+    EXPECT_EQ(texel(*map, 1500, 2000), Eigen::Vector4f::Zero());
+}
