@@ -20,9 +20,45 @@ inline bool startsWith(const char* p, const char* lineEnd, const char* text, siz
     return static_cast<size_t>(lineEnd - p) >= length && std::memcmp(p, text, length) == 0;
 }
 
+// Plain decimals such as "-0.123456" with at most 7 significant digits are
+// m / 10^k with m and 10^k exact in float, so one division rounds exactly as
+// strtof does. Anything else (exponents, long mantissas) goes the long way.
+inline bool readPlainDecimal(const char*& p, float& out)
+{
+    static const float powers[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f, 1e6f, 1e7f, 1e8f, 1e9f, 1e10f};
+    const char* s = p;
+    const bool negative = *s == '-';
+    s += negative;
+    uint32_t mantissa = 0;
+    int digits = 0;
+    while (isDigit(*s)) {
+        mantissa = mantissa * 10u + static_cast<uint32_t>(*s++ - '0');
+        if (++digits > 7)
+            return false;
+    }
+    int decimals = 0;
+    if (*s == '.') {
+        ++s;
+        while (isDigit(*s)) {
+            mantissa = mantissa * 10u + static_cast<uint32_t>(*s++ - '0');
+            ++decimals;
+            if (++digits > 7 || decimals > 10)
+                return false;
+        }
+    }
+    if (digits == 0 || *s == 'e' || *s == 'E')
+        return false;
+    const float value = static_cast<float>(mantissa) / powers[decimals];
+    out = negative ? -value : value;
+    p = s;
+    return true;
+}
+
 // One float in the syntax of strtof, but independent of the locale.
 inline bool readFloat(const char*& p, const char* lineEnd, float& out)
 {
+    if (readPlainDecimal(p, out))
+        return true;
     const char* s = p;
     if (*s == '+') {
         ++s; // from_chars refuses the plus sign that strtof takes

@@ -448,7 +448,10 @@ void ObjFileParser::computeNormals()
 void ObjFileParser::reindex()
 {
     setProgress(Reindexing, 0.85);
-    ObjReindexer reindexer(m_result);
+    size_t triangleCount = 0;
+    for (const auto& job : m_jobs)
+        triangleCount += job->faces.size();
+    ObjReindexer reindexer(m_result, triangleCount);
     for (auto& job : m_jobs) {
         if (m_failed.load())
             return;

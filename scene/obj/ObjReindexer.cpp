@@ -2,9 +2,10 @@
 
 namespace Ond::SceneLoad {
 
-ObjReindexer::ObjReindexer(const ObjParseResult& result)
+ObjReindexer::ObjReindexer(const ObjParseResult& result, size_t triangleCount)
     : m_result(result)
     , m_withColors(result.colors.size() > 1)
+    , m_triangleCount(triangleCount)
 {
     const QStringList& names = !result.objects.isEmpty() ? result.objects : result.groups;
     if (names.isEmpty()) {
@@ -58,6 +59,10 @@ void ObjReindexer::selectSubMesh()
     if (found == m_subMeshes.end()) {
         ObjMesh& mesh = m_meshes[m_mesh];
         ObjSubMesh subMesh;
+        // The first submesh of a lone mesh usually takes every triangle;
+        // pages reserved but never written cost no memory.
+        if (m_meshes.size() == 1 && m_subMeshes.empty())
+            subMesh.indices.reserve(m_triangleCount * 3);
         if (m_groupId != ObjGroupRecord::NoId16)
             subMesh.group = m_result.groups[m_groupId];
         if (m_materialId != ObjGroupRecord::NoId16)

@@ -14,7 +14,8 @@ namespace Ond::SceneLoad {
 class ObjReindexer
 {
 public:
-    explicit ObjReindexer(const ObjParseResult& result);
+    // `triangleCount`: all triangles of the file, to size a lone submesh once.
+    ObjReindexer(const ObjParseResult& result, size_t triangleCount);
 
     // Blocks must come in file order; the names state carries from one to the next.
     void addBlock(const ObjParseJob& job);
@@ -41,6 +42,7 @@ private:
 
     const ObjParseResult& m_result;
     const bool m_withColors;
+    const size_t m_triangleCount;
     std::vector<ObjMesh> m_meshes;
     std::vector<uint32_t> m_heads;
     std::vector<Entry> m_entries;

@@ -8,6 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 
 using namespace Ond::SceneLoad;
@@ -314,5 +317,43 @@ TEST(ObjFileParser, ManyBlocksMergeInFileOrder)
         ASSERT_EQ(mesh.positions[indices[q * 6]], Eigen::Vector3f(float(q), 0, 0)) << q;
         ASSERT_EQ(mesh.positions[indices[q * 6 + 2]], Eigen::Vector3f(float(q + 1), 1, 0)) << q;
         ASSERT_EQ(mesh.texcoords[indices[q * 6 + 2]], Eigen::Vector2f(float(q + 1), 0.5f)) << q;
+    }
+}
+
+TEST(ObjFileParser, NumbersMatchStrtofBitForBit)
+{
+    // Short decimals take a fast path; every other form goes through the
+    // general reader. Both must round exactly as the C library does.
+    QList<QByteArray> numbers = {"0", "-0.0", "1.", ".5", "+2.25", "1e3", "-1.5E-3", "3.4028235e38",
+                                 "1e-45", "0.1", "0.2", "0.3", "9999999", "16777217", "0.00001234",
+                                 "123.4567", "-987654.3", "2.718281828459045", "inf", "-nan"};
+    uint32_t seed = 12345;
+    auto next = [&seed] { seed = seed * 1664525u + 1013904223u; return seed >> 8; };
+    for (int i = 0; i < 3000; ++i) {
+        const int decimals = int(next() % 9);
+        const double value = (double(next()) - 8388608.0) / std::pow(10.0, double(next() % 8));
+        numbers << QByteArray::number(value, 'f', decimals);
+    }
+    QByteArray text;
+    for (const QByteArray& number : numbers)
+        text += "v " + number + " 0 0\n";
+    // One degenerate face per vertex brings each into the output in order.
+    for (int i = 0; i < numbers.size(); ++i)
+        text += "f " + QByteArray::number(i + 1) + " " + QByteArray::number(i + 1) + " " + QByteArray::number(i + 1) + "\n";
+    const auto parsed = parse(text);
+    ASSERT_TRUE(parsed.errors().empty()) << parsed.errorTexts().join("|").toStdString();
+    const ObjMesh& mesh = parsed.meshes()[0];
+    ASSERT_EQ(mesh.positions.size(), size_t(numbers.size()));
+    for (int i = 0; i < numbers.size(); ++i) {
+        const float expected = std::strtof(numbers[i].constData(), nullptr);
+        const float actual = mesh.positions[size_t(i)].x();
+        if (std::isnan(expected)) {
+            EXPECT_TRUE(std::isnan(actual)) << numbers[i].constData();
+            continue;
+        }
+        uint32_t expectedBits, actualBits;
+        std::memcpy(&expectedBits, &expected, 4);
+        std::memcpy(&actualBits, &actual, 4);
+        EXPECT_EQ(actualBits, expectedBits) << numbers[i].constData();
     }
 }
