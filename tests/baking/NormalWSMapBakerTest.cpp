@@ -5,6 +5,8 @@
 #include "LowPolyBakeTestUtil.h"
 
 #include "baking/lowpoly/NormalWSMapBaker.h"
+#include "image/DefaultCodecs.h"
+#include "image/FileTextureLoader.h"
 
 #include <algorithm>
 #include <cmath>
@@ -184,4 +186,42 @@ TEST_F(NormalBake, CancelledBakeStopsAtATileBoundaryWithoutPostProcess)
     EXPECT_GT(texel(*map, 100, 2000).w(), 0.5f);
     EXPECT_EQ(texel(*map, 100, 100), Eigen::Vector4f::Zero());
     EXPECT_EQ(texel(*map, 1500, 2000), Eigen::Vector4f::Zero());
+}
+
+TEST_F(NormalBake, BoxLowMapLinesUpWithTheReferenceObjectSpaceMap)
+{
+    // The reference holds the high mesh's normals, which follow the low's
+    // except where details were added: most covered texels agree closely,
+    // and a map flipped or shifted in UV space would not.
+    Ond::Surfaces::registerDefaultCodecs();
+    const QString dir = ZmfTest::testDataDir();
+    const SurfaceSPtr reference = Ond::Surfaces::FileTextureLoader::load(dir + QStringLiteral("/box_1024_normal_object.png"));
+    const SurfaceSPtr mask = Ond::Surfaces::FileTextureLoader::load(dir + QStringLiteral("/box_1024_mask.png"));
+    ASSERT_TRUE(reference && mask);
+    const SceneSPtr scene = loadBoxLow();
+    ASSERT_TRUE(scene);
+    setProperty(baker.properties(), "Common.OutputSize", QVariant::fromValue(QSize(10, 10)));
+    const SurfaceSPtr map = bake(scene);
+    ASSERT_TRUE(map);
+    ASSERT_EQ(map->width(), reference->width());
+
+    int masked = 0, close = 0, coveredOutside = 0;
+    for (int y = 0; y < 1024; ++y)
+        for (int x = 0; x < 1024; ++x) {
+            const bool inMask = texel(*mask, x, y).x() > 0.5f;
+            const Eigen::Vector4f c = texel(*map, x, y);
+            if (!inMask) {
+                coveredOutside += c.w() > 0.5f;
+                continue;
+            }
+            ++masked;
+            const Eigen::Vector3f a = decode(c).normalized();
+            const Eigen::Vector3f b = decode(texel(*reference, x, y)).normalized();
+            close += a.dot(b) > std::cos(10.0 * M_PI / 180.0);
+        }
+    const double share = double(close) / double(masked);
+    std::cout << "[ figures  ] box_low 1024 vs reference: " << share * 100.0 << " % of " << masked
+              << " texels within 10 degrees, " << coveredOutside << " covered outside the mask" << std::endl;
+    EXPECT_GT(share, 0.9);
+    EXPECT_LT(coveredOutside, masked / 100);
 }
