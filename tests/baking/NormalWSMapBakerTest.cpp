@@ -225,3 +225,34 @@ TEST_F(NormalBake, BoxLowMapLinesUpWithTheReferenceObjectSpaceMap)
     EXPECT_GT(share, 0.9);
     EXPECT_LT(coveredOutside, masked / 100);
 }
+
+TEST_F(NormalBake, TiledBakeOfALargeMapReadsTheSourceSeamlessly)
+{
+    // 2048 output over a 1024 map: four output tiles, each reading a 512
+    // tile of the map with one texel of overlap. Ramps in both directions
+    // must come out as ramps, without a step at the tile borders.
+    const Eigen::Vector3f n(0, 0, 1), t(1, 0, 0), b(0, 1, 0);
+    auto normalMap = SurfaceSPtr::create(SurfaceDesc(1024, 1024, PixelFormat::RGBA32F));
+    for (uint32_t y = 0; y < 1024; ++y)
+        for (uint32_t x = 0; x < 1024; ++x) {
+            const float u = (float(x) + 0.5f) / 1024.0f, v = 1.0f - (float(y) + 0.5f) / 1024.0f;
+            normalMap->writePixel(x, y, Eigen::Vector4f(0.25f + 0.5f * u, 0.3f + 0.4f * v, 1.0f, 1.0f));
+        }
+    context.surfaces[QStringLiteral("/maps/ramp.png")] = normalMap;
+    setProperty(baker.properties(), "Additional.NormalMap", QStringLiteral("/maps/ramp.png"));
+    setProperty(baker.properties(), "Additional.InvertGreen", 0);
+    setProperty(baker.properties(), "Common.OutputSize", QVariant::fromValue(QSize(11, 11)));
+    const SurfaceSPtr map = bake(makeQuad(n, t, b));
+    ASSERT_TRUE(map);
+    EXPECT_EQ(context.tiles.size(), 4u);
+
+    float worst = 0.0f;
+    for (int y : {4, 700, 1022, 1023, 1024, 1025, 1500, 2043})
+        for (int x = 4; x < 2044; ++x) {
+            const Eigen::Vector2f uv = texelUv(x, y, 2048, 2048);
+            const Eigen::Vector3f ts(2.0f * (0.25f + 0.5f * uv.x()) - 1.0f, 2.0f * (0.3f + 0.4f * uv.y()) - 1.0f,
+                                     1.0f);
+            worst = std::max(worst, (decode(texel(*map, x, y)) - ts.normalized()).norm());
+        }
+    EXPECT_LT(worst, 2e-3f);
+}
