@@ -174,12 +174,14 @@ GLProgramSPtr GLProgramCache::program(const std::string& vertexText, const std::
     std::string key = vertexText;
     key += '\0';
     key += fragmentText;
-    auto it = m_programs.find(key);
-    if (it == m_programs.end()) {
-        auto program = std::make_shared<GLProgram>(vertexText, fragmentText);
-        it = m_programs.emplace(std::move(key), program->isValid() ? program : nullptr).first;
-    }
-    return it->second;
+    const auto it = m_programs.find(key);
+    if (it != m_programs.end())
+        return it->second;
+    auto program = std::make_shared<GLProgram>(vertexText, fragmentText);
+    if (!program->isValid())
+        return nullptr;
+    m_programs.emplace(std::move(key), program);
+    return program;
 }
 
 } // namespace Ond::Baking

@@ -49,8 +49,8 @@ private:
 using GLProgramSPtr = std::shared_ptr<GLProgram>;
 
 // Programs by their texts. Lives as long as the process and belongs to the
-// GL context of the bakes; a pair that failed to build is remembered too, so
-// that it is reported once.
+// GL context of the bakes. A pair that failed to build is not kept: the
+// failure may come from the moment (no current context), not the text.
 class GLProgramCache
 {
 public:
