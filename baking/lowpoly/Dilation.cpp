@@ -79,6 +79,17 @@ void Dilation::runFragment(Texture& texture, uint32_t width, unsigned framebuffe
     glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
     glViewport(0, 0, GLsizei(texture.width), GLsizei(texture.height));
     glActiveTexture(GL_TEXTURE0);
+    // Every read lands on a texel centre, where linear and nearest filtering
+    // agree in exact arithmetic. Some drivers (Mesa's llvmpipe) weigh the
+    // neighbour texel by a rounding residue there, and the division by the
+    // summed alpha would turn that residue into a full texel of growth.
+    GLuint sampler = 0;
+    glGenSamplers(1, &sampler);
+    glSamplerParameteri(sampler, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    glSamplerParameteri(sampler, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    glSamplerParameteri(sampler, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    glSamplerParameteri(sampler, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    glBindSampler(0, sampler);
 
     GLuint source = texture.name;
     GLuint target = other.name;
@@ -90,6 +101,8 @@ void Dilation::runFragment(Texture& texture, uint32_t width, unsigned framebuffe
     }
     glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, 0, 0);
     glBindTexture(GL_TEXTURE_2D, 0);
+    glBindSampler(0, 0);
+    glDeleteSamplers(1, &sampler);
     if (source != texture.name)
         std::swap(texture.name, other.name);
     other.destroy();
