@@ -117,7 +117,8 @@ TEST(BakingContext, LoadsScenesAndKeepsTheirRecords)
     const auto records = context.convertedMeshes(scene);
     ASSERT_TRUE(records);
     ASSERT_EQ(records->size(), 1u);
-    EXPECT_EQ((*records)[0].attribute(PositionAttribute)->count, 96u);
+    EXPECT_EQ((*records)[0].attribute(PositionAttribute)->count, scene->getMeshes()[0]->getData()->getPositions()->size());
+    EXPECT_EQ((*records)[0].name, QStringLiteral("box_low"));
     EXPECT_TRUE((*records)[0].attribute(FirstUvSetAttribute));
 
     // The same file as a URL, loaded afresh with other flags: no UV sets.

@@ -89,6 +89,8 @@ protected:
         Ond::Surfaces::registerDefaultCodecs();
         Ond::Surfaces::SurfaceCodecManager::instance().registerFactory(
             QSharedPointer<RecordingCodecFactory>::create());
+        // What bakeInput does before it loads; save() loads by itself.
+        TangentSpaceGenerator::selectPlugin(QString());
     }
 
     void SetUp() override

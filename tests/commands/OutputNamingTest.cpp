@@ -15,8 +15,8 @@ TEST(OutputNaming, UdimOfTile)
     EXPECT_EQ(OutputNaming::udimOf(1, 2), 1022);
     EXPECT_FALSE(OutputNaming::udimOf(10, 0));
     EXPECT_FALSE(OutputNaming::udimOf(0, -1));
-    EXPECT_EQ(OutputNaming::udimOf(9, 6453), 65530);
-    EXPECT_FALSE(OutputNaming::udimOf(0, 6454));
+    EXPECT_EQ(OutputNaming::udimOf(9, 6452), 65530);
+    EXPECT_FALSE(OutputNaming::udimOf(5, 6453));
 }
 
 TEST(OutputNaming, NamePatterns)
