@@ -6,6 +6,7 @@
 #include "common/TestPaths.h"
 
 #include <QDir>
+#include <QFile>
 #include <QUrl>
 
 #include <gtest/gtest.h>
@@ -86,4 +87,44 @@ TEST(BakeRun, SelectionMessages)
                      "[ERROR][ZMFBaker]selection node nothing doesn't exist.\n"
                      "[ERROR][ZMFBaker]material id 2 not found in \"box_low\".\n"
                      "[ERROR][ZMFBaker]unknown output format \"foo\"\n");
+}
+
+TEST(BakeRun, OutputNamesAndPaths)
+{
+    const QString dir = ZmfTest::makeTempDir();
+    ASSERT_TRUE(QFile::copy(boxLow(), dir + QStringLiteral("/a.b.obj")));
+    ASSERT_TRUE(QDir(dir).mkpath(QStringLiteral("maps")));
+
+    // A failed input doesn't keep the next one from being baked.
+    auto r = runZmfbaker({"position", "missing.obj", "a.b.obj", "--output-size", "5,5", "--uv-tile", "1,2",
+                          "--output-name", "{mesh}_{udim}"},
+                         dir);
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_EQ(r.err, "[ERROR][ZMFBaker]Error: Scene \"missing.obj\" couldn't be loaded .\n");
+    EXPECT_EQ(outputFiles(dir), (QStringList{"a.b.obj", "a.b_1022.png"}));
+
+    r = runZmfbaker({"--verbose", "position", "a.b.obj", "--output-size", "5,5", "--output-path", "{inputPath}/maps",
+                     "--output-format", "PNG"},
+                    dir);
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_TRUE(r.err.contains(QStringLiteral("[INFO][ZMFBaker]Writing file '%1/maps/a_position.PNG'...").arg(dir)))
+        << r.err.toStdString();
+    EXPECT_EQ(outputFiles(dir + QStringLiteral("/maps")), QStringList{"a_position.PNG"});
+}
+
+TEST(BakeRun, WritingFailures)
+{
+    const QString dir = ZmfTest::makeTempDir();
+    auto r = runZmfbaker({"position", boxLow(), "--output-size", "5,5", "--output-path", dir + "/missing"});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_EQ(r.err, QStringLiteral("[ERROR][ZMFBaker]Writing file \"%1/missing/box_low_position.png\" failed.\n").arg(dir));
+    EXPECT_FALSE(QDir(dir + QStringLiteral("/missing")).exists());
+
+    // SVG is the UV map's format only; the map is baked first.
+    r = runZmfbaker({"position", boxLow(), "--output-size", "5,5", "--output-path", dir, "--output-format", "svg"});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_EQ(r.err, QStringLiteral("[ERROR][ZMFBaker]Cannot save file \"%1/box_low_position.svg\" in format \"svg\" "
+                                    "with baker \"Position\".\n")
+                         .arg(dir));
+    EXPECT_EQ(outputFiles(dir), QStringList());
 }
