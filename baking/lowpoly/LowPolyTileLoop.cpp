@@ -72,7 +72,7 @@ bool runTileLoop(AbstractBakingContext& context, const SceneGraph::Scene& scene,
             if (target.isValid()) {
                 drawSceneTile(pass.parameters, scene, *pass.program, target, pass.windowForm,
                               withSource ? pass.sourceWindowName : nullptr, texture,
-                              withSource ? pass.samplerName : nullptr);
+                              withSource ? pass.samplerName : nullptr, pass.sceneCache);
                 Surfaces::Surface pixels(Surfaces::SurfaceDesc(tile->width(), tile->height(),
                                                                Surfaces::PixelFormat::RGBA32F));
                 if (readBack(target.framebuffer(), pixels)) {

@@ -38,6 +38,8 @@ struct LowPolyPass
     const char* sourceWindowName = nullptr;
     const char* samplerName = nullptr;
     bool linearSource = true;
+    // Draw through the GL scene cache, or upload each mesh for each tile.
+    bool sceneCache = true;
     // Called for each tile with the program bound, before the draw.
     std::function<void(GLProgram&)> setUniforms;
 };

@@ -1,5 +1,6 @@
 #include "baking/lowpoly/SceneGL.h"
 
+#include "baking/lowpoly/GLFilteredDrawVisitor.h"
 #include "baking/lowpoly/GLProgram.h"
 #include "baking/lowpoly/GLTileTarget.h"
 #include "baking/lowpoly/SceneVisitor.h"
@@ -266,12 +267,11 @@ void clear()
 
 void drawSceneTile(const GLBakeParameters& parameters, const SceneGraph::Scene& scene, GLProgram& program,
                    GLTileTarget& target, UvWindowForm form, const char* sourceWindowName, unsigned sourceTexture,
-                   const char* samplerName)
+                   const char* samplerName, bool cached)
 {
     target.bind();
     glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
     glClear(GL_COLOR_BUFFER_BIT);
-    const SceneGL& sceneGL = SceneGLCache::acquire(scene, parameters.uvSet, parameters.sceneCacheSlot);
     const auto uv = form == UvWindowForm::Difference ? parameters.shaderUvWindow() : parameters.shaderUvWindowProduct();
     program.setVec4("uvWindow", uv[0], uv[1], uv[2], uv[3]);
     if (sourceWindowName) {
@@ -286,7 +286,12 @@ void drawSceneTile(const GLBakeParameters& parameters, const SceneGraph::Scene& 
     glDisable(GL_DEPTH_TEST);
     glDisable(GL_CULL_FACE);
     glDisable(GL_BLEND);
-    sceneGL.draw(program, parameters.meshMask);
+    if (cached) {
+        SceneGLCache::acquire(scene, parameters.uvSet, parameters.sceneCacheSlot).draw(program, parameters.meshMask);
+    } else {
+        GLFilteredDrawVisitor visitor(program, parameters.meshMask, parameters.uvSet);
+        visitor.walk(scene);
+    }
     if (sourceTexture)
         glBindTexture(GL_TEXTURE_2D, 0);
     GLTileTarget::release();

@@ -107,11 +107,12 @@ enum class UvWindowForm { Difference, Product };
 
 // One tile: binds the target, clears it, sets `uvWindow` and the source
 // window uniform (if named), binds `sourceTexture` on unit 0 to
-// `samplerName` (if not 0), draws the cached scene with depth test and
-// culling off, releases the target. The program must be bound.
+// `samplerName` (if not 0), draws the scene with depth test, culling and
+// blending off, releases the target. The program must be bound. The scene
+// comes from the cache, or with `cached` false through GLFilteredDrawVisitor.
 void drawSceneTile(const GLBakeParameters& parameters, const SceneGraph::Scene& scene, GLProgram& program,
                    GLTileTarget& target, UvWindowForm form = UvWindowForm::Difference,
                    const char* sourceWindowName = nullptr, unsigned sourceTexture = 0,
-                   const char* samplerName = nullptr);
+                   const char* samplerName = nullptr, bool cached = true);
 
 } // namespace Ond::Baking

@@ -74,6 +74,7 @@ Surfaces::SurfaceSPtr WorldDirectionMapBaker::process(AbstractBakingContext& con
         pass.label = trBaking("Map computation");
         pass.program = program.get();
         pass.parameters = parameters;
+        pass.sceneCache = false;
         if (map) {
             pass.sourceWindowName = "directionWindow";
             pass.samplerName = "directionmap_tex";

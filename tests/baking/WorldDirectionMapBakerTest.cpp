@@ -102,3 +102,23 @@ TEST_F(DirectionBake, MapThatDoesNotLoadFallsBackToANullDirection)
     const Eigen::Vector4f c = texel(*map, 16, 16);
     EXPECT_LT((c - Eigen::Vector4f(0.5f, 0.5f, 0.5f, 1.0f)).norm(), 1e-5f);
 }
+
+TEST_F(DirectionBake, OnlySelectedPartsAreDrawn)
+{
+    // Two parts of one mesh side by side in UV: the left one selected.
+    std::vector<Vertex> v;
+    for (int part = 0; part < 2; ++part)
+        for (int i = 0; i < 4; ++i) {
+            const float u = 0.5f * float(part) + 0.5f * float(i & 1), w = float(i >> 1);
+            v.push_back({T * u + B * w, Eigen::Vector2f(u, w), N, T, B});
+        }
+    const SceneSPtr scene = makeScene(v, {0, 1, 3, 0, 3, 2});
+    const Mesh::DataSPtr data = firstMeshData(*scene);
+    data->addSubMesh(SubMesh(makeBuffer(std::vector<uint32_t>{4, 5, 7, 4, 7, 6}), PrimitiveType::Triangles, 3,
+                             nullptr, DefaultRenderFlags));
+    setProperty(baker.properties(), "WorldDirection.ConstDirection", 1);
+    const SurfaceSPtr map = bake(scene);
+    ASSERT_TRUE(map);
+    EXPECT_FLOAT_EQ(texel(*map, 5, 16).w(), 1.0f);
+    EXPECT_EQ(texel(*map, 26, 16), Eigen::Vector4f::Zero());
+}
