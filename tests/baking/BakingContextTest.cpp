@@ -196,19 +196,9 @@ TEST(BakingContext, CancellationAndProgress)
     EXPECT_FALSE(context.isCancelled());
 }
 
-TEST(BakingContext, GpuFlagsAndTileOutput)
+TEST(BakingContext, TileOutputGoesToTheProviderIfAny)
 {
     BakingContext context(nullptr);
-    EXPECT_TRUE(context.gpuAllowed());
-    EXPECT_FALSE(context.forceDxr());
-    EXPECT_FALSE(context.forceOptix());
-    context.setGpuAllowed(false);
-    context.setForceDxr(true);
-    context.setForceOptix(true);
-    EXPECT_FALSE(context.gpuAllowed());
-    EXPECT_TRUE(context.forceDxr());
-    EXPECT_TRUE(context.forceOptix());
-
     int cells = 0;
     context.tileOutput(nullptr, 1, 2, true);
     context.setTileOutput([&](const Ond::Surfaces::SurfaceSPtr&, int x, int y, bool final) {

@@ -148,15 +148,6 @@ TEST_F(BakeInputTest, NamePatterns)
     EXPECT_EQ(save(), outDir + QStringLiteral("/t.png"));
 }
 
-TEST_F(BakeInputTest, InputPathPatternInTheOutputPath)
-{
-    const QString inputDir = ZmfTest::makeTempDir();
-    ASSERT_TRUE(QDir(inputDir).mkpath(QStringLiteral("maps")));
-    values.insert(QStringLiteral("output-path"), QStringLiteral("{inputPath}/maps"));
-    EXPECT_EQ(save(inputDir + QStringLiteral("/part.obj")), inputDir + QStringLiteral("/maps/part_constant.png"));
-    EXPECT_TRUE(QFile::exists(inputDir + QStringLiteral("/maps/part_constant.png")));
-}
-
 TEST_F(BakeInputTest, FormatCheck)
 {
     {
