@@ -135,6 +135,7 @@ void Diffusion::pull(const Texture& base, const Texture& target, uint32_t w, uin
     draw();
     glActiveTexture(GL_TEXTURE1);
     glBindTexture(GL_TEXTURE_2D, 0);
+    glActiveTexture(GL_TEXTURE0);
     coarser.destroy();
 }
 

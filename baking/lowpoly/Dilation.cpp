@@ -15,8 +15,11 @@ namespace {
 
 std::string imageDefines(unsigned internalFormat)
 {
-    std::string defines = "#define SRC_LAYOUT ";
-    defines += internalFormat == GL_RGBA16 ? "rgba16\n" : "rgba32f\n";
+    // A 16-bit image stores k / 256 as the nearest k / 65535 step, which
+    // reads back as another float: compare alphas in stored units there.
+    std::string defines = internalFormat == GL_RGBA16
+        ? "#define SRC_LAYOUT rgba16\n#define SRC_STEP_KEY(a) round((a) * 65535.0)\n"
+        : "#define SRC_LAYOUT rgba32f\n#define SRC_STEP_KEY(a) (a)\n";
     defines += "#define SRC_IMAGE image2D\n#define SRC_VEC4 vec4\n#define SRC_ZERO 0.0\n#define SRC_MAX 1.0\n";
     return defines;
 }

@@ -336,3 +336,23 @@ TEST(PostProcess, BothDilationPathsThenDiffusionAgree)
             expectTexelNear(compute.at(x, y), fragment.at(x, y), x, y);
 }
 
+
+TEST(PostProcess, SixteenBitMapsGrowTheFullWidthOnBothPaths)
+{
+    Map input(32, 32);
+    for (int y = 12; y < 16; ++y)
+        for (int x = 12; x < 15; ++x)
+            input.at(x, y) = Texel(0.2f, 0.4f, 0.8f, 1.0f);
+    for (DilationPath path : {DilationPath::Fragment, DilationPath::Compute}) {
+        Map actual(0, 0);
+        inContext([&] {
+            SurfaceSPtr surface = toSurface(input, PixelFormat::RGBA16);
+            postProcess(surface, 5, false, path);
+            actual = toMap(*surface);
+        });
+        for (int x : {7, 8, 19})
+            expectTexelNear(actual.at(x, 14), Texel(0.2f, 0.4f, 0.8f, 1.0f), x, 14, 1.0f / 65535.0f);
+        EXPECT_EQ(actual.at(6, 14), Texel::Zero());
+        EXPECT_EQ(actual.at(20, 14), Texel::Zero());
+    }
+}

@@ -1,7 +1,8 @@
 // One growth step, in place. The alpha of a texel written at step s is
 // (256 - (s + 1)) / 256, so a neighbour counts only when its alpha is that
 // of the step before: a write of this same step, seen through another
-// group's halo, is never mistaken for a source.
+// group's halo, is never mistaken for a source. SRC_STEP_KEY compares alphas
+// as the image stores them, so that 16-bit maps match their own steps.
 layout(local_size_x = 14, local_size_y = 14) in;
 layout(SRC_LAYOUT) uniform SRC_IMAGE usrc;
 uniform uint stepindex;
@@ -41,16 +42,18 @@ void main()
                                       ivec2(1, 1), ivec2(1, 0), ivec2(1, -1), ivec2(0, -1));
     float lastStepAlpha = (256.0 - float(stepindex)) / 256.0;
     vec4 sum = vec4(0.0);
+    int taken = 0;
     for (int i = 0; i < 8; ++i) {
         ivec2 q = local + ivec2(1) + offsets[i];
         vec4 neighbour = block[q.y * 16 + q.x];
-        if (neighbour.a == lastStepAlpha)
+        if (SRC_STEP_KEY(neighbour.a) == SRC_STEP_KEY(lastStepAlpha)) {
             sum += neighbour;
+            ++taken;
+        }
     }
     vec4 result = vec4(0.0);
     if (sum.a != 0.0) {
-        // sum.a / lastStepAlpha is the number of neighbours taken.
-        result.rgb = sum.rgb / (sum.a / lastStepAlpha);
+        result.rgb = sum.rgb / float(taken);
         result.a = (256.0 - float(stepindex + 1u)) / 256.0;
     }
     imageStore(usrc, pos, SRC_VEC4(result * SRC_MAX));
