@@ -1,5 +1,6 @@
-// The GL image of a scene: planar vertex layout, the two cache slots and when they are rebuilt; read-back by pixel format; the
-// GLSL texts with the interpolateTangent splice.
+// The GL image of a scene: planar vertex layout, the two cache slots and
+// when they are rebuilt; read-back by pixel format; the GLSL texts with the
+// interpolateTangent splice.
 
 #include "LowPolyBakeTestUtil.h"
 
