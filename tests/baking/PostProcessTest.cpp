@@ -3,6 +3,8 @@
 #include "opengl/OglContextData.h"
 #include "opengl/QGLManager.h"
 
+#include <GL/glew.h>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -102,7 +104,9 @@ void inContext(const std::function<void()>& body)
     ASSERT_NE(manager, nullptr);
     ASSERT_FALSE(manager->hasFailed()) << manager->errorText().toStdString();
     manager->runInContext(true, [&](Ond::OglUtils::OglContextData&) {
+        glGetError();
         body();
+        EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
         return 0;
     });
 }
