@@ -96,8 +96,9 @@ Ond::SceneGraph::SceneSPtr BakingContext::loadSceneFile(const QString& pathOrUrl
 {
     if (!m_sceneMgr || pathOrUrl.isEmpty())
         return nullptr;
-    const QUrl url = pathOrUrl.startsWith(QLatin1String("file:")) ? QUrl(pathOrUrl)
-                                                                  : QUrl::fromLocalFile(QFileInfo(pathOrUrl).absoluteFilePath());
+    const QUrl url = pathOrUrl.startsWith(QLatin1String("file:"))
+                         ? QUrl(pathOrUrl)
+                         : QUrl::fromLocalFile(QFileInfo(pathOrUrl).absoluteFilePath());
     const Ond::SceneLoad::SceneId id = url.toString().toStdString();
     Ond::SceneGraph::SceneSPtr scene;
     {

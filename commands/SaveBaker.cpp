@@ -115,7 +115,8 @@ QString saveBaker(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBake
         return QString();
 
     const Ond::Baking::ComparableInt2 tile = baker.properties()["Common.UVTile"].valueAs<Ond::Baking::ComparableInt2>();
-    const QString name = OutputNaming::expandName(outputName, inputPath, bakerName, OutputNaming::udimOf(tile.x, tile.y));
+    const QString name =
+        OutputNaming::expandName(outputName, inputPath, bakerName, OutputNaming::udimOf(tile.x, tile.y));
     const QString path = OutputNaming::expandPath(outputPath, inputPath);
     const QString filePath = QDir(path).absoluteFilePath(QStringLiteral("%1.%2").arg(name, format));
     const QString compression = settings.getString(QStringLiteral("output-format-compression"), QString());
