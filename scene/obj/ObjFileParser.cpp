@@ -10,6 +10,7 @@
 #include <Eigen/Geometry>
 
 #include <algorithm>
+#include <new>
 #include <chrono>
 #include <cstring>
 #include <thread>
@@ -52,7 +53,12 @@ ObjFileParser::ObjFileParser(QIODevice* device, bool computeNormals,
     , m_computeNormals(computeNormals)
 {
     std::thread reader([this] {
-        run();
+        try {
+            run();
+        } catch (const std::bad_alloc&) {
+            m_errors.add(ObjError::Open, QStringLiteral("Not enough memory to read the file"));
+            fail();
+        }
         {
             std::lock_guard<std::mutex> lock(m_stateMutex);
             m_finished = true;
@@ -257,60 +263,69 @@ void ObjFileParser::parseBlocks()
     for (size_t i = 0; i < workerCount; ++i)
         workers.emplace_back([this] { workerLoop(); });
 
-    for (size_t i = 0; i < blockCount && !m_failed.load(); ++i) {
-        const ObjChunk& chunk = m_chunks[i];
-        char* buffer = takeBuffer();
-        uint64_t total = 0;
-        while (total < chunk.size) {
-            const qint64 got = m_device->read(buffer + total, static_cast<qint64>(chunk.size - total));
-            if (got <= 0)
+    // The workers must be joined whatever happens here.
+    try {
+        for (size_t i = 0; i < blockCount && !m_failed.load(); ++i) {
+            const ObjChunk& chunk = m_chunks[i];
+            char* buffer = takeBuffer();
+            uint64_t total = 0;
+            while (total < chunk.size) {
+                const qint64 got = m_device->read(buffer + total, static_cast<qint64>(chunk.size - total));
+                if (got <= 0)
+                    break;
+                total += static_cast<uint64_t>(got);
+            }
+            if (total != chunk.size) {
+                releaseBuffer(buffer);
+                m_errors.add(ObjError::Open, QStringLiteral("Error while reading file"));
+                fail();
                 break;
-            total += static_cast<uint64_t>(got);
-        }
-        if (total != chunk.size) {
-            releaseBuffer(buffer);
-            m_errors.add(ObjError::Open, QStringLiteral("Error while reading file"));
-            fail();
-            break;
-        }
-        buffer[chunk.size] = '\n';
-        buffer[chunk.size + 1] = '\0';
+            }
+            buffer[chunk.size] = '\n';
+            buffer[chunk.size + 1] = '\0';
 
-        auto job = std::make_unique<ObjParseJob>();
-        job->buffer = buffer;
-        job->chunk = chunk;
+            auto job = std::make_unique<ObjParseJob>();
+            job->buffer = buffer;
+            job->chunk = chunk;
+            {
+                std::lock_guard<std::mutex> lock(m_queueMutex);
+                m_jobs[i] = std::move(job);
+                m_queued = i + 1;
+            }
+            m_workAvailable.notify_one();
+
+            mergeReadyJobs();
+            std::unique_lock<std::mutex> lock(m_queueMutex);
+            m_jobDone.wait(lock, [this] {
+                const uint64_t taken = std::min(m_nextTicket.load(), m_queued);
+                return m_failed.load() || m_queued - taken <= m_backlog;
+            });
+        }
+
         {
             std::lock_guard<std::mutex> lock(m_queueMutex);
-            m_jobs[i] = std::move(job);
-            m_queued = i + 1;
+            m_readingFinished = true;
         }
-        m_workAvailable.notify_one();
+        m_workAvailable.notify_all();
 
-        mergeReadyJobs();
-        std::unique_lock<std::mutex> lock(m_queueMutex);
-        m_jobDone.wait(lock, [this] {
-            const uint64_t taken = std::min(m_nextTicket.load(), m_queued);
-            return m_failed.load() || m_queued - taken <= m_backlog;
-        });
-    }
-
-    {
+        for (;;) {
+            {
+                std::unique_lock<std::mutex> lock(m_queueMutex);
+                m_jobDone.wait(lock, [this] {
+                    return m_failed.load() || m_merged >= m_queued || m_jobs[m_merged]->done.load();
+                });
+                if (m_failed.load() || m_merged >= m_queued)
+                    break;
+            }
+            mergeReadyJobs();
+        }
+    } catch (const std::bad_alloc&) {
+        m_errors.add(ObjError::Open, QStringLiteral("Not enough memory to read the file"));
+        fail();
         std::lock_guard<std::mutex> lock(m_queueMutex);
         m_readingFinished = true;
     }
     m_workAvailable.notify_all();
-
-    for (;;) {
-        {
-            std::unique_lock<std::mutex> lock(m_queueMutex);
-            m_jobDone.wait(lock, [this] {
-                return m_failed.load() || m_merged >= m_queued || m_jobs[m_merged]->done.load();
-            });
-            if (m_failed.load() || m_merged >= m_queued)
-                break;
-        }
-        mergeReadyJobs();
-    }
 
     for (std::thread& worker : workers)
         worker.join();
@@ -331,7 +346,12 @@ void ObjFileParser::workerLoop()
             job = m_jobs[ticket].get();
         }
 
-        m_blockParser->parse(*job);
+        try {
+            m_blockParser->parse(*job);
+        } catch (const std::bad_alloc&) {
+            m_errors.add(ObjError::Open, QStringLiteral("Not enough memory to read the file"));
+            fail();
+        }
         releaseBuffer(job->buffer);
         job->buffer = nullptr;
         {
