@@ -52,6 +52,12 @@ ObjFileParser::ObjFileParser(QIODevice* device, bool computeNormals,
     : m_device(device)
     , m_computeNormals(computeNormals)
 {
+    if (progress && progress->isCancelled()) {
+        m_cancelled.store(true);
+        m_failed.store(true);
+        return;
+    }
+
     std::thread reader([this] {
         try {
             run();

@@ -13,7 +13,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
+#include <vector>
 
 using namespace Ond::SceneLoad;
 using namespace Ond::SceneGraph;
@@ -50,14 +52,14 @@ QString writeFile(const QString& name, const QByteArray& content)
     return path;
 }
 
-Imported import(const QString& path, uint32_t flags)
+Imported import(const QString& path, uint32_t flags, Ond::Core::ProgressInterface* progress = nullptr)
 {
     auto collector = std::make_shared<LogCollector>();
     Ond::Core::LogManager::instance().addDelegate(collector);
     OBJSceneLoader loader;
     std::unique_ptr<SceneImporter> importer(loader.createImporter(path, "obj"));
     Imported result;
-    result.scene.reset(importer->import(SceneLoadOptions(flags), nullptr));
+    result.scene.reset(importer->import(SceneLoadOptions(flags), progress));
     Ond::Core::LogManager::instance().removeDelegate(collector);
     result.log = collector->lines;
     return result;
@@ -174,6 +176,35 @@ TEST(OBJSceneImporter, ErrorsAreLoggedAsOneReport)
     ASSERT_EQ(range.log.size(), 1);
     EXPECT_TRUE(range.log[0].startsWith("2|ZMFBaker|Invalid data error:\n  invalid indices (index / first_invalid_index)\n"
                                         "  position: 2 / 2\n"));
+}
+
+TEST(OBJSceneImporter, ReportsProgressAndHonoursCancellation)
+{
+    struct Recorder : Ond::Core::ProgressInterface
+    {
+        void setText(const QString& text) override { texts << text; }
+        void setValue(double fraction) override { values.push_back(fraction); }
+        bool isCancelled() const override { return cancelled; }
+        QStringList texts;
+        std::vector<double> values;
+        bool cancelled = false;
+    };
+
+    const QString path = writeFile("quad.obj", Quad);
+    Recorder recorder;
+    const Imported loaded = import(path, 63, &recorder);
+    ASSERT_TRUE(loaded.scene);
+    ASSERT_FALSE(recorder.texts.isEmpty());
+    EXPECT_EQ(recorder.texts.first(), "Loading 3D model");
+    ASSERT_FALSE(recorder.values.empty());
+    EXPECT_DOUBLE_EQ(recorder.values.back(), 1.0);
+    EXPECT_TRUE(std::is_sorted(recorder.values.begin(), recorder.values.end()));
+
+    Recorder cancelled;
+    cancelled.cancelled = true;
+    const Imported none = import(path, 63, &cancelled);
+    EXPECT_FALSE(none.scene);
+    EXPECT_TRUE(none.log.isEmpty());
 }
 
 TEST(OBJSceneLoader, SuffixAndTangentFlags)
