@@ -34,7 +34,7 @@ class RecordingContext : public Ond::Baking::AbstractBakingContext
 public:
     std::string tangentPluginName() const override { return "mikktspace"; }
     bool isCancelled() const override { return cancelAfterChecks >= 0 && ++checks > cancelAfterChecks; }
-    bool perFragmentBinormal() const override { return false; }
+    bool perFragmentBinormal() const override { return perFragment; }
     bool loadSurface(const QString& path, Ond::Surfaces::SurfaceSPtr& result) override
     {
         loadedPaths.push_back(path);
@@ -63,6 +63,7 @@ public:
     std::vector<double> progress;
     // Negative: never cancelled; otherwise cancelled after that many checks.
     int cancelAfterChecks = -1;
+    bool perFragment = false;
     mutable int checks = 0;
 };
 

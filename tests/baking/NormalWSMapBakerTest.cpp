@@ -7,6 +7,7 @@
 #include "baking/lowpoly/NormalWSMapBaker.h"
 #include "image/DefaultCodecs.h"
 #include "image/FileTextureLoader.h"
+#include "scene/processing/TangentSpaceGenerator.h"
 
 #include <algorithm>
 #include <cmath>
@@ -255,4 +256,27 @@ TEST_F(NormalBake, TiledBakeOfALargeMapReadsTheSourceSeamlessly)
             worst = std::max(worst, (decode(texel(*map, x, y)) - ts.normalized()).norm());
         }
     EXPECT_LT(worst, 2e-3f);
+}
+
+TEST_F(NormalBake, PerFragmentBinormalRebuildsTheBinormalWhenTheContextAsks)
+{
+    // A skewed binormal; the plugin's code rebuilds it as N x T, signed.
+    using Ond::SceneGraph::MeshProcessing::TangentSpaceGenerator;
+    const auto previous = TangentSpaceGenerator::getDefault();
+    auto generator = std::make_shared<TangentSpaceGenerator>(
+        TangentSpaceGenerator::pluginDirectoryFrom(ZmfTest::buildDir()) + QStringLiteral("/mikktspace.so"));
+    ASSERT_TRUE(generator->isValid());
+    TangentSpaceGenerator::setDefault(generator);
+
+    const Eigen::Vector3f n(0, 0, 1), t(1, 0, 0), b(0.6f, 0.8f, 0);
+    const SceneSPtr quad = makeQuad(n, t, b);
+    setProperty(baker.properties(), "Common.OutputSize", QVariant::fromValue(QSize(5, 5)));
+    setProperty(baker.properties(), "NWS.BakeType", 2);
+    const SurfaceSPtr vertexFrame = bake(quad);
+    context.perFragment = true;
+    const SurfaceSPtr fragmentFrame = bake(quad);
+    TangentSpaceGenerator::setDefault(previous);
+
+    EXPECT_LT((decode(texel(*vertexFrame, 9, 9)) - b).norm(), 1e-4f);
+    EXPECT_LT((decode(texel(*fragmentFrame, 9, 9)) - Eigen::Vector3f(0, 1, 0)).norm(), 1e-4f);
 }
