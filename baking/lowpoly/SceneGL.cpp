@@ -4,6 +4,7 @@
 #include "baking/lowpoly/GLProgram.h"
 #include "baking/lowpoly/GLTileTarget.h"
 #include "baking/lowpoly/SceneVisitor.h"
+#include "opengl/QGLManager.h"
 #include "program/LogChannel.h"
 
 #include <Eigen/LU>
@@ -146,7 +147,25 @@ struct CacheSlot
 {
     std::unique_ptr<SceneGL> scene;
     bool valid = false;
+    // The context whose vertex arrays the slot holds: they exist only there.
+    const void* owner = nullptr;
 };
+
+const void* currentContextIdentity()
+{
+    const auto* manager = OpenGLUtils::QGLManager::instance();
+    return manager ? static_cast<const void*>(manager->contextData().first) : nullptr;
+}
+
+// Frees the slot's GL objects if they belong to the current context;
+// otherwise they can only be forgotten.
+void dropSlot(CacheSlot& entry, const void* current)
+{
+    if (entry.scene && entry.owner != current)
+        entry.scene->forget();
+    entry.scene.reset();
+    entry.valid = false;
+}
 
 std::array<CacheSlot, 2>& cacheSlots()
 {
@@ -181,6 +200,13 @@ SceneGL::SceneGL(const SceneGraph::Scene& scene, uint32_t uvSet) : m_uvSet(uvSet
 SceneGL::~SceneGL()
 {
     releaseAll();
+}
+
+void SceneGL::forget()
+{
+    m_meshes.clear();
+    m_vertexTotal = 0;
+    m_indexTotal = 0;
 }
 
 void SceneGL::releaseAll()
@@ -247,20 +273,22 @@ namespace SceneGLCache {
 const SceneGL& acquire(const SceneGraph::Scene& scene, uint32_t uvSet, int slot)
 {
     CacheSlot& entry = cacheSlots()[slot == 1 ? 1 : 0];
-    if (entry.valid && entry.scene && entry.scene->uvSet() == uvSet && entry.scene->sceneStamp() == SceneGL::stampOf(scene))
+    const void* current = currentContextIdentity();
+    if (entry.valid && entry.scene && entry.owner == current && entry.scene->uvSet() == uvSet
+        && entry.scene->sceneStamp() == SceneGL::stampOf(scene))
         return *entry.scene;
-    entry.scene.reset();
+    dropSlot(entry, current);
     entry.scene = std::make_unique<SceneGL>(scene, uvSet);
     entry.valid = true;
+    entry.owner = current;
     return *entry.scene;
 }
 
 void clear()
 {
-    for (CacheSlot& entry : cacheSlots()) {
-        entry.scene.reset();
-        entry.valid = false;
-    }
+    const void* current = currentContextIdentity();
+    for (CacheSlot& entry : cacheSlots())
+        dropSlot(entry, current);
 }
 
 } // namespace SceneGLCache

@@ -84,6 +84,10 @@ public:
     // Changes whenever the scene's entities or any mesh's data change.
     static uint64_t stampOf(const SceneGraph::Scene& scene);
 
+    // Drops the GL names without deleting them, for objects of a context
+    // that is not current.
+    void forget();
+
 private:
     void releaseAll();
 
@@ -95,7 +99,7 @@ private:
 };
 
 // The two cache slots. A slot is rebuilt when its scene or UV set differ
-// from the request.
+// from the request, or when it was filled in another context.
 namespace SceneGLCache {
 const SceneGL& acquire(const SceneGraph::Scene& scene, uint32_t uvSet, int slot);
 // Releases both slots; the context must be current.
