@@ -1,0 +1,107 @@
+#include "baking/detail/EmbreeScene.h"
+
+namespace Ond::Baking {
+
+namespace {
+
+void intersectFilter(const RTCFilterFunctionNArguments* args)
+{
+    const auto* data = static_cast<const uint32_t* const*>(args->geometryUserPtr);
+    const uint32_t* ids = data[0];
+    const uint32_t* culling = data[1];
+    const auto* context = reinterpret_cast<const HitContext*>(args->context);
+    for (unsigned i = 0; i < args->N; ++i) {
+        if (args->valid[i] == 0)
+            continue;
+        const unsigned primID = RTCHitN_primID(args->hit, args->N, i);
+        if (context->filterById && ids[primID] != RTCRayN_id(args->ray, args->N, i)) {
+            args->valid[i] = 0;
+            continue;
+        }
+        if (context->cullMode == HitContext::CullByTriangle && culling[primID] == 0)
+            continue;
+        if (context->cullMode != HitContext::CullAll && context->cullMode != HitContext::CullByTriangle)
+            continue;
+        const float d = RTCRayN_dir_x(args->ray, args->N, i) * RTCHitN_Ng_x(args->hit, args->N, i)
+                        + RTCRayN_dir_y(args->ray, args->N, i) * RTCHitN_Ng_y(args->hit, args->N, i)
+                        + RTCRayN_dir_z(args->ray, args->N, i) * RTCHitN_Ng_z(args->hit, args->N, i);
+        if (d > 0.0f)
+            args->valid[i] = 0;
+    }
+}
+
+} // namespace
+
+EmbreeSceneKey EmbreeSceneKey::of(const DetailBakeJob& job)
+{
+    EmbreeSceneKey key;
+    key.highScene = job.highScene.get();
+    key.highSceneRevision = job.highScene ? job.highScene->getRevision() : 0;
+    key.highUvSet = job.highUvSet;
+    key.flags = job.flags;
+    key.colorSource = job.colorSource;
+    key.colorGenerator = job.colorGenerator;
+    return key;
+}
+
+bool EmbreeSceneKey::operator==(const EmbreeSceneKey& o) const
+{
+    return highScene == o.highScene && highSceneRevision == o.highSceneRevision && highUvSet == o.highUvSet
+           && flags == o.flags && colorSource == o.colorSource && colorGenerator == o.colorGenerator;
+}
+
+RTCDevice EmbreeScene::device()
+{
+    static RTCDevice device = rtcNewDevice(nullptr);
+    return device;
+}
+
+EmbreeScene::EmbreeScene(std::shared_ptr<const GrabbedMesh> mesh)
+    : m_mesh(std::move(mesh))
+{
+    m_filterData.ids = m_mesh->ids.data();
+    m_filterData.culling = m_mesh->culling.data();
+
+    RTCDevice dev = device();
+    if (!dev)
+        throw ErrorCode::InternalError;
+    m_scene = rtcNewScene(dev);
+    if (!m_scene)
+        throw ErrorCode::OutOfMemory;
+    rtcSetSceneFlags(m_scene, RTCSceneFlags(RTC_SCENE_FLAG_ROBUST | RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION));
+    rtcSetSceneBuildQuality(m_scene, RTC_BUILD_QUALITY_MEDIUM);
+
+    if (m_mesh->triangleCount > 0) {
+        RTCGeometry geometry = rtcNewGeometry(dev, RTC_GEOMETRY_TYPE_TRIANGLE);
+        if (!geometry) {
+            rtcReleaseScene(m_scene);
+            m_scene = nullptr;
+            throw ErrorCode::OutOfMemory;
+        }
+        rtcSetGeometryBuildQuality(geometry, RTC_BUILD_QUALITY_MEDIUM);
+        rtcSetGeometryTimeStepCount(geometry, 1);
+        rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3,
+                                   m_mesh->positions.data(), 0, 16, m_mesh->vertexCount);
+        rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, m_mesh->indices.data(), 0,
+                                   12, m_mesh->triangleCount);
+        rtcSetGeometryUserData(geometry, &m_filterData);
+        rtcSetGeometryIntersectFilterFunction(geometry, intersectFilter);
+        rtcCommitGeometry(geometry);
+        rtcAttachGeometry(m_scene, geometry);
+        rtcReleaseGeometry(geometry);
+    }
+    rtcCommitScene(m_scene);
+    if (rtcGetDeviceError(dev) == RTC_ERROR_OUT_OF_MEMORY) {
+        rtcReleaseScene(m_scene);
+        m_scene = nullptr;
+        throw ErrorCode::OutOfMemory;
+    }
+}
+
+EmbreeScene::~EmbreeScene()
+{
+    if (m_scene)
+        rtcReleaseScene(m_scene);
+}
+
+} // namespace Ond::Baking

@@ -1,0 +1,96 @@
+#pragma once
+// The high mesh as an Embree scene, with the filter that applies mesh ids
+// and back-face rules, and the key that tells when it must be rebuilt.
+
+#include "baking/detail/DetailBakeJob.h"
+#include "baking/detail/GrabbedMesh.h"
+
+#include <embree3/rtcore.h>
+
+#include <cstdint>
+#include <memory>
+
+namespace Ond::Baking {
+
+// What the intersect filter reads beyond Embree's own context. The Embree
+// context must stay the first member: the filter casts back to this type.
+struct HitContext
+{
+    enum CullMode : uint32_t { CullNone = 0, CullAll = 1, CullByTriangle = 2 };
+
+    RTCIntersectContext base;
+    uint32_t cullMode = CullNone;
+    uint8_t filterById = 0;
+
+    HitContext(uint32_t cull, bool byId) : cullMode(cull), filterById(byId ? 1 : 0) { rtcInitIntersectContext(&base); }
+};
+
+// What decides whether a kept scene can serve another bake.
+struct EmbreeSceneKey
+{
+    const void* highScene = nullptr;
+    uint64_t highSceneRevision = 0;
+    int32_t highUvSet = 0;
+    uint32_t flags = 0;
+    int32_t colorSource = 4;
+    int32_t colorGenerator = 0;
+
+    static EmbreeSceneKey of(const DetailBakeJob& job);
+    bool operator==(const EmbreeSceneKey& o) const;
+    bool operator!=(const EmbreeSceneKey& o) const { return !(*this == o); }
+};
+
+class EmbreeScene
+{
+public:
+    // Builds over the mesh, which must outlive the scene: its buffers are
+    // shared, not copied. Throws ErrorCode 1 when Embree cannot allocate.
+    explicit EmbreeScene(std::shared_ptr<const GrabbedMesh> mesh);
+    ~EmbreeScene();
+    EmbreeScene(const EmbreeScene&) = delete;
+    EmbreeScene& operator=(const EmbreeScene&) = delete;
+
+    RTCScene handle() const { return m_scene; }
+    const GrabbedMesh& mesh() const { return *m_mesh; }
+
+    // Closest hit; a hit is a tfar the call changed.
+    void intersect(HitContext& context, RTCRayHit& rayHit) const { rtcIntersect1(m_scene, &context.base, &rayHit); }
+
+    // Created once for the process.
+    static RTCDevice device();
+
+private:
+    // Pointers handed to the filter as the geometry's user data.
+    struct FilterData
+    {
+        const uint32_t* ids;
+        const uint32_t* culling;
+    };
+
+    std::shared_ptr<const GrabbedMesh> m_mesh;
+    FilterData m_filterData;
+    RTCScene m_scene = nullptr;
+};
+
+// Fills a primary ray for a seed: from O + D * maxHeight along -D, reaching
+// maxHeight + maxDepth past it.
+inline void setPrimaryRay(RTCRayHit& rh, const float* o, const float* d, float maxHeight, float tfar, uint32_t id)
+{
+    rh.ray.org_x = o[0] + d[0] * maxHeight;
+    rh.ray.org_y = o[1] + d[1] * maxHeight;
+    rh.ray.org_z = o[2] + d[2] * maxHeight;
+    rh.ray.dir_x = -d[0];
+    rh.ray.dir_y = -d[1];
+    rh.ray.dir_z = -d[2];
+    rh.ray.tnear = 0.0f;
+    rh.ray.tfar = tfar;
+    rh.ray.time = 0.0f;
+    rh.ray.mask = 0;
+    rh.ray.id = id;
+    rh.ray.flags = 0;
+    rh.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+    rh.hit.primID = RTC_INVALID_GEOMETRY_ID;
+    rh.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+}
+
+} // namespace Ond::Baking
