@@ -3,7 +3,7 @@
 // result is a consistent half-edge structure.
 
 #include "baking/lowpoly/DirectedEdgeStructure.h"
-#include "plugins/LogCapture.h"
+#include "common/LogCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -35,7 +35,7 @@ struct TestMesh
 QStringList sanityLines(const ZmfTest::LogCapture& log)
 {
     QStringList lines;
-    for (const auto& l : log.lines()) {
+    for (const auto& l : log.entries()) {
         EXPECT_EQ(l.channel, QStringLiteral("Mesh sanity check"));
         EXPECT_EQ(l.level, 0);
         lines << l.message;
@@ -82,7 +82,7 @@ TEST(DirectedEdgeStructure, CleanClosedMeshIsLinkedWithoutReports)
     ZmfTest::LogCapture log;
     DirectedEdgeStructure s;
     s.create(tetra.arrays());
-    EXPECT_TRUE(log.lines().empty());
+    EXPECT_TRUE(log.entries().empty());
     EXPECT_EQ(tetra.faceCount, 4u);
     EXPECT_EQ(tetra.vertexCount, 4u);
     for (const auto& e : s.getEdges())
@@ -99,7 +99,7 @@ TEST(DirectedEdgeStructure, MeshWithoutFacesStaysEmptyAndSilent)
     s.create(empty.arrays());
     EXPECT_TRUE(s.isEmpty());
     EXPECT_TRUE(s.getVertices().empty());
-    EXPECT_TRUE(log.lines().empty());
+    EXPECT_TRUE(log.entries().empty());
 }
 
 TEST(DirectedEdgeStructure, LaminaTwinsLeaveOneFace)

@@ -2,7 +2,7 @@
 // the plugin directory lookup, the selection by option and its messages.
 
 #include "common/TestPaths.h"
-#include "plugins/LogCapture.h"
+#include "common/LogCapture.h"
 #include "scene/processing/MeshProcessing.h"
 #include "scene/processing/TangentSpaceGenerator.h"
 #include "scene/processing/TangentSpacePlugin.h"
@@ -110,10 +110,10 @@ TEST(TangentSpaceGenerator, SelectionReportsMissingAndInvalidPlugins)
         ZmfTest::LogCapture log;
         const QString missing = ZmfTest::makeTempDir() + QStringLiteral("/nothing.so");
         EXPECT_EQ(TangentSpaceGenerator::selectPlugin(missing), nullptr);
-        ASSERT_EQ(log.lines().size(), 1u);
-        EXPECT_EQ(log.lines()[0].level, 2);
-        EXPECT_EQ(log.lines()[0].channel, QStringLiteral("ZMFBaker"));
-        EXPECT_EQ(log.lines()[0].message, QStringLiteral("Tangent space plugin not found: ") + missing);
+        ASSERT_EQ(log.entries().size(), 1u);
+        EXPECT_EQ(log.entries()[0].level, 2);
+        EXPECT_EQ(log.entries()[0].channel, QStringLiteral("ZMFBaker"));
+        EXPECT_EQ(log.entries()[0].message, QStringLiteral("Tangent space plugin not found: ") + missing);
     }
     {
         ZmfTest::LogCapture log;

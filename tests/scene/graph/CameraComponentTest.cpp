@@ -1,6 +1,6 @@
 #include "scene/graph/CameraComponent.h"
 
-#include "../load/LogCapture.h"
+#include "common/LogCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@ using namespace Ond::SceneGraph;
 TEST(CameraComponent, RefusalsAreLoggedAndKeepTheValue)
 {
     CameraComponent camera;
-    SceneTest::LogCapture log;
+    ZmfTest::LogCapture log;
     EXPECT_FALSE(camera.setProjectionType(2));
     EXPECT_FALSE(camera.setNearClipPlane(1000.0f));
     EXPECT_FALSE(camera.setFarClipPlane(0.005f));
@@ -18,13 +18,13 @@ TEST(CameraComponent, RefusalsAreLoggedAndKeepTheValue)
     EXPECT_FALSE(camera.setFocalDistanceInMm(-2.0f));
     EXPECT_FALSE(camera.setApertureWidthInMm(-3.0f));
     EXPECT_EQ(log.lines(), QStringList({
-                               "1|SceneGraph/Camera|Invalid projection type (2)",
-                               "1|SceneGraph/Camera|Can't set a Near Clip distance higher than Far Clip distance (Far=1000)",
-                               "1|SceneGraph/Camera|Can't set a Far Clip distance lower than Near Clip distance (Near=0.01)",
-                               "1|SceneGraph/Camera|Can't set a negative dist to target (-1)",
-                               "1|SceneGraph/Camera|Can't set a negative or null zoom factor (0)",
-                               "1|SceneGraph/Camera|Can't set a negative focale dist (-2)",
-                               "1|SceneGraph/Camera|Can't set a negative aperture width (-3)",
+                               "[1][SceneGraph/Camera]Invalid projection type (2)",
+                               "[1][SceneGraph/Camera]Can't set a Near Clip distance higher than Far Clip distance (Far=1000)",
+                               "[1][SceneGraph/Camera]Can't set a Far Clip distance lower than Near Clip distance (Near=0.01)",
+                               "[1][SceneGraph/Camera]Can't set a negative dist to target (-1)",
+                               "[1][SceneGraph/Camera]Can't set a negative or null zoom factor (0)",
+                               "[1][SceneGraph/Camera]Can't set a negative focale dist (-2)",
+                               "[1][SceneGraph/Camera]Can't set a negative aperture width (-3)",
                            }));
     EXPECT_EQ(camera.getProjectionType(), 0u);
     EXPECT_FLOAT_EQ(camera.getNearClipPlane(), 0.01f);
@@ -38,7 +38,7 @@ TEST(CameraComponent, CopyMovesClipPlanesPastEachOther)
     ASSERT_TRUE(far.setFarClipPlane(5000.0f));
     ASSERT_TRUE(far.setNearClipPlane(2000.0f));
     CameraComponent camera;
-    SceneTest::LogCapture log;
+    ZmfTest::LogCapture log;
     camera.copyFrom(far);
     EXPECT_TRUE(log.lines().isEmpty()) << log.lines().join("\n").toStdString();
     EXPECT_FLOAT_EQ(camera.getNearClipPlane(), 2000.0f);

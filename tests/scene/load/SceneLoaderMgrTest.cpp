@@ -3,7 +3,7 @@
 #include "scene/load/SceneLoader.h"
 #include "scene/load/SceneLoaderMgr.h"
 
-#include "LogCapture.h"
+#include "common/LogCapture.h"
 #include "common/TestPaths.h"
 
 #include <QDir>
@@ -135,13 +135,13 @@ TEST(SceneLoaderMgr, ProgramManagerOffersObjAndRegisteredLoaders)
 
 TEST(SceneFileLoader, FailureLines)
 {
-    SceneTest::LogCapture log;
+    ZmfTest::LogCapture log;
     const QString missing = QDir(ZmfTest::makeTempDir()).filePath("missing.obj");
     EXPECT_FALSE(SceneFileLoader::load(missing, BakeLoadFlags));
     const QString unknown = writeFile("mesh.stl", "solid x\n");
     EXPECT_FALSE(SceneFileLoader::load(unknown, BakeLoadFlags));
-    EXPECT_EQ(log.lines(), QStringList({QString("2|ZMFBaker|Error: Scene \"%1\" couldn't be loaded .").arg(missing),
-                                        QString("2|ZMFBaker|Error: Scene \"%1\" couldn't be loaded .").arg(unknown)}));
+    EXPECT_EQ(log.lines(), QStringList({QString("[2][ZMFBaker]Error: Scene \"%1\" couldn't be loaded .").arg(missing),
+                                        QString("[2][ZMFBaker]Error: Scene \"%1\" couldn't be loaded .").arg(unknown)}));
 }
 
 TEST(SceneFileLoader, LoadsObjFileAndPostProcesses)
@@ -151,7 +151,7 @@ TEST(SceneFileLoader, LoadsObjFileAndPostProcesses)
     // Bit 0x04 set without 0x08: the OBJ loader refuses, as an OBJ file
     // has no tangents to keep.
     {
-        SceneTest::LogCapture log;
+        ZmfTest::LogCapture log;
         EXPECT_FALSE(SceneFileLoader::load(path, SceneLoadOptions(KeepTangents)));
         EXPECT_EQ(log.lines().size(), 1);
     }
@@ -172,7 +172,7 @@ TEST(SceneFileLoader, LoadsObjFileAndPostProcesses)
 // tangent plugin is found or not, the scene comes back whole.
 TEST(SceneFileLoader, BakeFlagsGiveAProcessedScene)
 {
-    SceneTest::LogCapture log;
+    ZmfTest::LogCapture log;
     auto scene = SceneFileLoader::load(ZmfTest::testDataDir() + "/box_low.obj", BakeLoadFlags);
     ASSERT_TRUE(scene);
     const auto data = scene->getMeshes().front()->getData();
@@ -180,5 +180,5 @@ TEST(SceneFileLoader, BakeFlagsGiveAProcessedScene)
     EXPECT_EQ(data->getSubMeshCount(), 1u);
     EXPECT_EQ(data->getSubMesh(0)->primitiveCount, 188u);
     for (const QString& line : log.lines())
-        EXPECT_FALSE(line.startsWith("2|")) << line.toStdString();
+        EXPECT_FALSE(line.startsWith("[2]")) << line.toStdString();
 }

@@ -3,7 +3,7 @@
 #include "scene/load/SceneMgr.h"
 #include "scene/load/UrlSceneHandler.h"
 
-#include "LogCapture.h"
+#include "common/LogCapture.h"
 #include "common/TestPaths.h"
 
 #include <QDir>
@@ -75,11 +75,11 @@ TEST(UrlSceneHandlerProvider, ServesExistingFileUrlsOnly)
 TEST(SceneMgr, EmptyIdIsRefusedWithADebugLine)
 {
     SceneMgr mgr(createSceneLoaderMgr(), createSceneExporterMgr());
-    SceneTest::LogCapture log;
+    ZmfTest::LogCapture log;
     mgr.registerScene("", std::make_shared<UrlSceneHandler>(QUrl::fromLocalFile("/x.obj")));
     ASSERT_EQ(log.lines().size(), 1);
-    EXPECT_TRUE(log.lines().front().startsWith("0|"));
-    EXPECT_TRUE(log.lines().front().endsWith("|Can't register a scene with an id null or empty !"));
+    EXPECT_TRUE(log.lines().front().startsWith("[0]"));
+    EXPECT_TRUE(log.lines().front().endsWith("]Can't register a scene with an id null or empty !"));
     EXPECT_FALSE(mgr.isSceneRegistered(""));
     EXPECT_FALSE(mgr.getHandler(""));
 }

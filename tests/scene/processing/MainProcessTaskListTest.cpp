@@ -3,7 +3,7 @@
 
 #include "common/TestPaths.h"
 #include "scene/SceneTestUtil.h"
-#include "scene/load/LogCapture.h"
+#include "common/LogCapture.h"
 #include "scene/processing/MainProcessTaskList.h"
 #include "scene/processing/TangentSpaceGenerator.h"
 
@@ -90,7 +90,7 @@ TEST(MainProcessTaskList, StepsFollowWhatTheMeshLacks)
 
 TEST(MainProcessTaskList, MeshesWithoutUvsOrTrianglesGetNoFrames)
 {
-    SceneTest::LogCapture log;
+    ZmfTest::LogCapture log;
     const auto list = listFor(0x01 | 0x08, nullptr);
     ASSERT_EQ(list->tangentGenerator, nullptr);
 
@@ -112,7 +112,7 @@ TEST(MainProcessTaskList, MeshesWithoutUvsOrTrianglesGetNoFrames)
     // UVs but no generator: one warning for the whole list, no frames.
     EXPECT_EQ(list->getTasks(nullptr, SceneTest::unitCubeData()).size(), 1u);
     EXPECT_EQ(list->getTasks(nullptr, SceneTest::unitCubeData()).size(), 1u);
-    EXPECT_EQ(log.lines(), QStringList{QStringLiteral("1|ZMFBaker|Not tangent space generator found.")});
+    EXPECT_EQ(log.lines(), QStringList{QStringLiteral("[1][ZMFBaker]Not tangent space generator found.")});
 }
 
 TEST(MainProcessTaskList, ExecuteLeavesThePublishedDataAlone)
