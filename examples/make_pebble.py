@@ -56,9 +56,9 @@ def faces(nu, nv):
             c = a + (nu + 1)
             d = c + 1
             if j != 0:
-                yield (a, c, b)
+                yield (a, b, c)
             if j != nv - 1:
-                yield (b, c, d)
+                yield (b, d, c)
 
 
 def vertex_normals(pts, tris):

@@ -1,7 +1,13 @@
 #!/usr/bin/env bash
-# Sets up, builds, and bakes the bundled example into out/.
+# Sets up, builds, and bakes the bundled example (examples/pebble_*.obj) into out/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-bash scripts/build.sh
+bash scripts/setup.sh
+cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build build -j"$(nproc)" --target zmfbaker
 mkdir -p out
-./build/zmfbaker --help
+low=examples/pebble_low.obj
+for baker in normal-world-space position world-space-direction; do
+  ./build/zmfbaker -v "$baker" "$low" --output-size 10,10 --output-path out
+done
+ls -l out
