@@ -4,7 +4,7 @@
 # which returns a file's bytes by its base name (empty view if unknown).
 function(zmf_embed_files target)
   cmake_parse_arguments(ARG "" "FUNCTION" "FILES" ${ARGN})
-  set(out ${CMAKE_CURRENT_BINARY_DIR}/${ARG_FUNCTION}_embedded.cpp)
+  set(out ${CMAKE_CURRENT_BINARY_DIR}/${target}_${ARG_FUNCTION}_embedded.cpp)
   set(abs_files)
   foreach(f ${ARG_FILES})
     get_filename_component(a ${f} ABSOLUTE)

@@ -3,32 +3,12 @@
 // fragment as sign * cross(normal, tangent) from the unnormalised
 // interpolated vectors, the sign riding on the interpolated bitangent.
 
-#include "plugins/tangentspace/MikkTSpaceCore.h"
+#include "plugins/tangentspace/PluginDescription.h"
 
-namespace {
-
-const char* const interpolation =
-    "    vec3 rebuilt = cross(normal, tangent);\n"
-    "    bitangent = (dot(rebuilt, bitangent) < 0.0 ? -1.0 : 1.0) * rebuilt;\n";
-
-} // namespace
-
-extern "C" {
-
-TANGENT_SPACE_EXPORT int generateTangentSpace(const TangentSpaceContext* context, float angularThreshold)
+const Ond::TangentSpace::PluginDescription& Ond::TangentSpace::pluginDescription()
 {
-    return Ond::TangentSpace::generate(context, angularThreshold, Ond::TangentSpace::CoreOptions{});
+    static const PluginDescription description{
+        "MikkTSpace", "MikkTSpace tangent frames, as used by most engines and bakers.", CoreOptions{},
+        "rebuild_bitangent.glsl"};
+    return description;
 }
-
-TANGENT_SPACE_EXPORT unsigned int getAPIVersion(void) { return TANGENT_SPACE_API_VERSION; }
-
-TANGENT_SPACE_EXPORT const char* getLabel(void) { return "MikkTSpace"; }
-
-TANGENT_SPACE_EXPORT const char* getDescription(void)
-{
-    return "MikkTSpace tangent frames, as used by most engines and bakers.";
-}
-
-TANGENT_SPACE_EXPORT const char* getTangentBasisInterpolation(void) { return interpolation; }
-
-} // extern "C"

@@ -5,13 +5,9 @@
 // surface doesn't split a tangent group. The per-fragment code is the plain
 // MikkTSpace one.
 
-#include "plugins/tangentspace/MikkTSpaceCore.h"
+#include "plugins/tangentspace/PluginDescription.h"
 
 namespace {
-
-const char* const interpolation =
-    "    vec3 rebuilt = cross(normal, tangent);\n"
-    "    bitangent = (dot(rebuilt, bitangent) < 0.0 ? -1.0 : 1.0) * rebuilt;\n";
 
 Ond::TangentSpace::CoreOptions weldOptions()
 {
@@ -24,22 +20,10 @@ Ond::TangentSpace::CoreOptions weldOptions()
 
 } // namespace
 
-extern "C" {
-
-TANGENT_SPACE_EXPORT int generateTangentSpace(const TangentSpaceContext* context, float angularThreshold)
+const Ond::TangentSpace::PluginDescription& Ond::TangentSpace::pluginDescription()
 {
-    return Ond::TangentSpace::generate(context, angularThreshold, weldOptions());
+    static const PluginDescription description{
+        "MikkTSpace (welded)", "MikkTSpace tangent frames over vertices welded within small tolerances.",
+        weldOptions(), "rebuild_bitangent.glsl"};
+    return description;
 }
-
-TANGENT_SPACE_EXPORT unsigned int getAPIVersion(void) { return TANGENT_SPACE_API_VERSION; }
-
-TANGENT_SPACE_EXPORT const char* getLabel(void) { return "MikkTSpace (welded)"; }
-
-TANGENT_SPACE_EXPORT const char* getDescription(void)
-{
-    return "MikkTSpace tangent frames over vertices welded within small tolerances.";
-}
-
-TANGENT_SPACE_EXPORT const char* getTangentBasisInterpolation(void) { return interpolation; }
-
-} // extern "C"
