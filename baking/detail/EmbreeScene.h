@@ -85,7 +85,9 @@ inline void setPrimaryRay(RTCRayHit& rh, const float* o, const float* d, float m
     rh.ray.tnear = 0.0f;
     rh.ray.tfar = tfar;
     rh.ray.time = 0.0f;
-    rh.ray.mask = 0;
+    // All bits: this Embree honours ray masks, and the geometry's default
+    // mask is all ones, so a zero mask would meet nothing.
+    rh.ray.mask = 0xFFFFFFFFu;
     rh.ray.id = id;
     rh.ray.flags = 0;
     rh.hit.geomID = RTC_INVALID_GEOMETRY_ID;

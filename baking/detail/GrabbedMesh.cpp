@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include <Eigen/Dense>
+#include <Eigen/Geometry>
 
 #include <new>
 
