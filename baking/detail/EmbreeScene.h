@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace Ond::Baking {
 
@@ -56,6 +57,10 @@ public:
     // Closest hit; a hit is a tfar the call changed.
     void intersect(HitContext& context, RTCRayHit& rayHit) const { rtcIntersect1(m_scene, &context.base, &rayHit); }
 
+    // Per-vertex curvature of the mesh, filled by the curvature kernel on
+    // first use and kept with the scene; empty until then.
+    std::vector<float>& vertexCurvature() const { return m_vertexCurvature; }
+
     // Created once for the process.
     static RTCDevice device();
 
@@ -70,6 +75,7 @@ private:
     std::shared_ptr<const GrabbedMesh> m_mesh;
     FilterData m_filterData;
     RTCScene m_scene = nullptr;
+    mutable std::vector<float> m_vertexCurvature;
 };
 
 // Fills a primary ray for a seed: from O + D * maxHeight along -D, reaching

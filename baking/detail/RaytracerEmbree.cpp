@@ -30,7 +30,9 @@ void RaytracerEmbree::init(const DetailBakeJob& job, const BakeTiling& tiling, B
         throw ErrorCode::InternalError;
 
     const EmbreeSceneKey key = EmbreeSceneKey::of(job);
-    if (!m_scene || !m_haveKey || key != m_key) {
+    const bool curvatureMissing =
+        job.kind == BakeJobKind::Curvature && m_scene && m_scene->vertexCurvature().empty();
+    if (!m_scene || !m_haveKey || key != m_key || curvatureMissing) {
         m_scene.reset();
         m_mesh.reset();
         m_haveKey = false;
@@ -121,7 +123,14 @@ void RaytracerEmbree::traceTile(const DetailBakeJob& job, const BakeTiling& tili
             break;
         if (job.context && job.context->isCancelled())
             return;
-        QThread::yieldCurrentThread();
+        // Block on the oldest tile rather than spin: on a busy machine a
+        // spinning feeder takes a core from the strips. Qt may run queued
+        // strips on this thread meanwhile.
+        Slot* oldest = nullptr;
+        for (Slot& slot : m_slots)
+            if (!oldest || slot.sequence < oldest->sequence)
+                oldest = &slot;
+        collect(*oldest, result);
     }
 
     const size_t samples = size_t(m_input.tileWidth) * m_input.tileHeight;
@@ -133,6 +142,7 @@ void RaytracerEmbree::traceTile(const DetailBakeJob& job, const BakeTiling& tili
     free->tileX = rayTile.tileX;
     free->tileY = rayTile.tileY;
     free->busy = true;
+    free->sequence = m_sequence++;
 
     StripInput input = m_input;
     input.origins = free->origins.data();

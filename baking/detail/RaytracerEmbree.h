@@ -45,6 +45,7 @@ private:
         std::vector<uint32_t> ids;
         unsigned tileX = 0, tileY = 0;
         bool busy = false;
+        uint64_t sequence = 0;
         QFuture<MinMaxPair> reduced;
         QFuture<void> plain;
     };
@@ -64,6 +65,7 @@ private:
     std::array<Slot, SlotCount> m_slots;
     TileProgressTracker m_tracker;
     StripInput m_input;
+    uint64_t m_sequence = 0;
 };
 
 } // namespace Ond::Baking
