@@ -44,7 +44,63 @@ const float* texel(const BakeResult& r, unsigned x, unsigned y)
     return r.surface->pixel<float>(x, y);
 }
 
+// The hit point rebuilt from the triangle's vertices and barycentrics.
+struct InterpolatedPositionKernel
+{
+    static constexpr TexelClose close = TexelClose::Color;
+    static constexpr bool reduces = false;
+    InterpolatedPositionKernel(const DetailBakeJob&, const EmbreeScene&) {}
+    void hit(const PrimaryHit& h, float* acc) const
+    {
+        const GrabbedMesh& m = h.scene->mesh();
+        const float w = 1.0f - h.u - h.v;
+        for (int c = 0; c < 3; ++c)
+            acc[c] += w * m.positions[size_t(m.indices[h.primID * 3 + 0]) * 4 + c]
+                      + h.u * m.positions[size_t(m.indices[h.primID * 3 + 1]) * 4 + c]
+                      + h.v * m.positions[size_t(m.indices[h.primID * 3 + 2]) * 4 + c];
+    }
+};
+
+struct TriangleIdKernel
+{
+    static constexpr TexelClose close = TexelClose::Color;
+    static constexpr bool reduces = false;
+    TriangleIdKernel(const DetailBakeJob&, const EmbreeScene&) {}
+    void hit(const PrimaryHit& h, float* acc) const { acc[0] += float(h.primID) + 1.0f; }
+};
+
 } // namespace
+
+TEST(RaytracerEmbreeTest, HitsGiveTriangleIdsAndBarycentricsOfTheGrabbedMesh)
+{
+    ScopedKernel position(BakeJobKind::Position, &makeStripJob<InterpolatedPositionKernel>);
+    ScopedKernel ids(BakeJobKind::Height, &makeStripJob<TriangleIdKernel>);
+    // Two parts: the second plate's triangles follow the first's.
+    SceneSPtr high = sceneOf({plate("a", -5.0f, 1.0f), plate("b", 0.0f, 0.2f, true)});
+    DetailBakeJob job = jobOver(high, 16, 1, nullptr);
+    job.maxDepth = 10.0f;
+    job.kind = BakeJobKind::Position;
+    GridRasterizer raster;
+    raster.z = 0.5f;
+    raster.step = 0.021f;
+    RaytracerEmbree tracer;
+    BakeResult result = trace(tracer, raster, job);
+    for (unsigned y = 0; y < 16; ++y)
+        for (unsigned x = 0; x < 16; ++x) {
+            const float* t = texel(result, x, y);
+            ASSERT_NEAR(t[0], float(x) * 0.021f, 1e-5f) << x << "," << y;
+            ASSERT_NEAR(t[1], float(y) * 0.021f, 1e-5f) << x << "," << y;
+            ASSERT_NEAR(t[2], x > 9 || y > 9 ? -5.0f : 0.0f, 1e-5f);
+        }
+    job.kind = BakeJobKind::Height;
+    result = trace(tracer, raster, job);
+    // primID + 1: part a's triangles are 0 and 1, part b's 2 and 3; the
+    // first of each lies below the diagonal x = y.
+    EXPECT_FLOAT_EQ(texel(result, 15, 12)[0], 1.0f);
+    EXPECT_FLOAT_EQ(texel(result, 12, 15)[0], 2.0f);
+    EXPECT_FLOAT_EQ(texel(result, 8, 3)[0], 3.0f);
+    EXPECT_FLOAT_EQ(texel(result, 3, 8)[0], 4.0f);
+}
 
 TEST(RaytracerEmbreeTest, EverySampleIsTracedOnceAcrossTilesSlotsAndStrips)
 {
