@@ -1,6 +1,7 @@
 #include "baking/detail/BackendRunner.h"
 
 #include "baking/AbstractBakingContext.h"
+#include "baking/detail/RasterizerGL.h"
 #include "baking/detail/RasterizerNull.h"
 #include "baking/detail/RaytracerEmbree.h"
 #include "program/LogChannel.h"
@@ -31,6 +32,14 @@ std::function<std::unique_ptr<RasterizerBase>()>& rasterizerGLFactory()
 {
     static std::function<std::unique_ptr<RasterizerBase>()> factory;
     return factory;
+}
+
+// The OpenGL rasterizer unless a test put another in its place.
+std::unique_ptr<RasterizerBase> makeRasterizerGL()
+{
+    if (rasterizerGLFactory())
+        return rasterizerGLFactory()();
+    return std::make_unique<RasterizerGL>();
 }
 
 double secondsSince(std::chrono::steady_clock::time_point start)
@@ -142,8 +151,8 @@ void runDetailBake(const DetailBakeJob& job, BakeResult& result)
     RasterizerBase* rasterizer = nullptr;
     RaytracerBase* raytracer = nullptr;
     if (backend == RayBackend::Embree) {
-        if (!g_rasterizerGL && rasterizerGLFactory())
-            g_rasterizerGL = rasterizerGLFactory()();
+        if (!g_rasterizerGL)
+            g_rasterizerGL = makeRasterizerGL();
         rasterizer = g_rasterizerGL.get();
         raytracer = &embreeBackend();
     } else if (backend == RayBackend::DXR) {
@@ -152,8 +161,8 @@ void runDetailBake(const DetailBakeJob& job, BakeResult& result)
         rasterizer = g_rasterizerNull.get();
         raytracer = g_raytracerDXR.get();
     } else {
-        if (!g_rasterizerGL && rasterizerGLFactory())
-            g_rasterizerGL = rasterizerGLFactory()();
+        if (!g_rasterizerGL)
+            g_rasterizerGL = makeRasterizerGL();
         rasterizer = g_rasterizerGL.get();
         raytracer = g_raytracerOptix.get();
     }

@@ -48,8 +48,8 @@ void releaseBackends();
 RaytracerEmbree& embreeBackend();
 bool hasEmbreeBackend();
 
-// The OpenGL seed rasterizer is provided by the rasterizer stage, which
-// registers how to make it.
+// Replaces the OpenGL seed rasterizer with another (tests); null restores
+// RasterizerGL.
 void setRasterizerGLFactory(std::function<std::unique_ptr<RasterizerBase>()> factory);
 
 } // namespace Ond::Baking
