@@ -4,6 +4,9 @@
 
 #include "baking/lowpoly/CurvatureComputation.h"
 #include "baking/lowpoly/WeldedMesh.h"
+#include "common/TestPaths.h"
+
+#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -212,4 +215,69 @@ TEST(CurvatureComputation, LoneTriangleAndLooseVertices)
     ASSERT_EQ(none.size(), 2u);
     EXPECT_EQ(none[0], 0.0f);
     EXPECT_EQ(none[1], 0.0f);
+}
+
+namespace {
+
+// box_high.obj as a grab sees it: one vertex per corner, with its normal.
+RawMesh readCorners(const QString& path)
+{
+    RawMesh m;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return m;
+    std::vector<Eigen::Vector3f> v, vn;
+    while (!file.atEnd()) {
+        const QByteArray line = file.readLine();
+        const QList<QByteArray> f = line.simplified().split(' ');
+        if (f.size() == 4 && f[0] == "v")
+            v.emplace_back(f[1].toFloat(), f[2].toFloat(), f[3].toFloat());
+        else if (f.size() == 4 && f[0] == "vn")
+            vn.emplace_back(f[1].toFloat(), f[2].toFloat(), f[3].toFloat());
+        else if (f.size() == 4 && f[0] == "f")
+            for (int c = 1; c <= 3; ++c) {
+                const QList<QByteArray> ix = f[c].split('/');
+                const Eigen::Vector3f& p = v[size_t(ix[0].toInt() - 1)];
+                const Eigen::Vector3f& n = vn[size_t(ix[2].toInt() - 1)];
+                m.indices.push_back(m.add(p.x(), p.y(), p.z(), n.x(), n.y(), n.z()));
+            }
+    }
+    return m;
+}
+
+} // namespace
+
+// The reference high mesh, from corners as a grab sees them: the dome is a
+// sphere of radius 0.35, the bevelled box corners bulge, the fillet at the
+// bottom of the round hole and the floors of the grooves are hollow.
+TEST(CurvatureComputation, BoxHighReadsItsShapes)
+{
+    const RawMesh corners = readCorners(ZmfTest::testDataDir() + "/box_high.obj");
+    ASSERT_EQ(corners.triangleCount(), 64544u);
+    const WeldedMesh w = corners.weld();
+    const std::vector<float> k = CurvatureComputation::ofWeldedMesh(w);
+    ASSERT_EQ(k.size(), w.positions.size());
+
+    int dome = 0, corner = 0, fillet = 0, groove = 0;
+    for (size_t i = 0; i < k.size(); ++i) {
+        ASSERT_TRUE(std::isfinite(k[i])) << "vertex " << i;
+        const Eigen::Vector3f p = w.positions[i].head<3>();
+        if (p.z() < -1.04f && std::hypot(p.x(), p.y()) < 0.15f) {
+            EXPECT_NEAR(k[i], 1.0f / 0.35f, 0.01f / 0.35f) << "dome vertex " << i;
+            ++dome;
+        } else if (p.x() > 0.9f && p.y() > 0.9f && p.z() > 0.9f) {
+            EXPECT_GT(k[i], 0.0f) << "corner vertex " << i;
+            ++corner;
+        } else if (const float r = std::hypot(p.x(), p.y()); p.z() > 0.951f && p.z() < 0.99f && r > 0.3f && r < 0.42f) {
+            EXPECT_LT(k[i], 0.0f) << "fillet vertex " << i;
+            ++fillet;
+        } else if (p.x() > 0.965f && p.x() < 0.975f && std::abs(std::abs(p.y()) - 0.4f) < 0.01f) {
+            EXPECT_LT(k[i], 0.0f) << "groove vertex " << i;
+            ++groove;
+        }
+    }
+    EXPECT_GT(dome, 50);
+    EXPECT_GT(corner, 1000);
+    EXPECT_GT(fillet, 100);
+    EXPECT_GT(groove, 5);
 }
