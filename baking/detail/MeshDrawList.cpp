@@ -4,6 +4,7 @@
 #include "baking/detail/SmoothedNormals.h"
 #include "baking/lowpoly/GLProgram.h"
 #include "baking/lowpoly/SceneGL.h"
+#include "opengl/QGLManager.h"
 #include "program/LogChannel.h"
 #include "scene/graph/Entity.h"
 #include "scene/graph/Mesh.h"
@@ -25,7 +26,15 @@ MeshDrawList::~MeshDrawList()
 
 MeshDrawList::Key MeshDrawList::keyOf(const Scene& scene, int32_t uvSet, uint32_t flags)
 {
-    return {SceneGL::stampOf(scene), uvSet, flags};
+    const auto* manager = OpenGLUtils::QGLManager::instance();
+    const void* context = manager ? static_cast<const void*>(manager->contextData().first) : nullptr;
+    return {SceneGL::stampOf(scene), uvSet, flags, context};
+}
+
+void MeshDrawList::forget()
+{
+    m_records.clear();
+    release();
 }
 
 void MeshDrawList::release()
@@ -44,6 +53,8 @@ void MeshDrawList::release()
 
 void MeshDrawList::build(const Scene& scene, const Key& key, bool smoothNormals)
 {
+    if (m_built && m_key.context != key.context)
+        forget();
     release();
     std::vector<float> floats;
     std::vector<Eigen::Vector3f> smoothed;

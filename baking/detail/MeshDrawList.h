@@ -42,9 +42,12 @@ public:
         uint64_t sceneStamp = 0;
         int32_t uvSet = 0;
         uint32_t flags = 0;
+        // Vertex arrays are not shared between contexts.
+        const void* context = nullptr;
         bool operator==(const Key& other) const
         {
-            return sceneStamp == other.sceneStamp && uvSet == other.uvSet && flags == other.flags;
+            return sceneStamp == other.sceneStamp && uvSet == other.uvSet && flags == other.flags
+                   && context == other.context;
         }
     };
 
@@ -61,6 +64,10 @@ public:
     // positions, normals or the UV set are listed, not drawn.
     void build(const SceneGraph::Scene& scene, const Key& key, bool smoothNormals);
     void release();
+    // Drops the GL names without deleting them, when they belong to a
+    // context that is not current.
+    void forget();
+    const Key& key() const { return m_key; }
 
     bool isMissingData() const
     {

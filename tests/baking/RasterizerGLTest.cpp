@@ -443,3 +443,28 @@ TEST(RasterizerGLScenes, MissingAttributesAreReportedPerAttributeAndThrowCode3)
     EXPECT_EQ(errorMessage(ErrorCode::MissingInputData),
               QStringLiteral("Missing input data. Check the logs for more information."));
 }
+
+TEST_F(RasterizerGLBox, DrawListsAreKeptWhileSceneUvSetAndFlagsStayTheSame)
+{
+    inGL([&] {
+        RasterizerGL rasterizer;
+        DetailBakeJob job = jobFor(low, 64, 1);
+        const BakeTiling tiling = computeTiling(job);
+        BakeResult result;
+        rasterizer.init(job, tiling, result);
+        rasterizer.finish(job, tiling, result);
+        ASSERT_EQ(rasterizer.lowDrawList().records().size(), 1u);
+        const unsigned first = rasterizer.lowDrawList().records()[0].vertexBuffer;
+
+        rasterizer.init(job, tiling, result);
+        rasterizer.finish(job, tiling, result);
+        EXPECT_EQ(rasterizer.lowDrawList().records()[0].vertexBuffer, first);
+
+        // New flags rebuild the list.
+        job.flags = 0x001;
+        rasterizer.init(job, tiling, result);
+        rasterizer.finish(job, tiling, result);
+        EXPECT_EQ(rasterizer.lowDrawList().key().flags, 0x001u);
+        EXPECT_TRUE(rasterizer.cageDrawList().records().empty());
+    });
+}
