@@ -135,7 +135,8 @@ int main(int argc, char** argv)
                 best = std::min(best, millisOf([&] { rasterizer.init(job, tiling, result); }));
                 rasterizer.finish(job, tiling, result);
             }
-            std::printf("init, read-back slots and draw list%s: %.1f ms\n", flags ? " with smoothed normals" : "", best);
+            std::printf("init, read-back slots and draw list%s: %.1f ms\n", flags ? " with smoothed normals" : "",
+                        best);
         }
         for (const unsigned size : {1024u, 2048u, 4096u})
             for (const unsigned samples : {1u, 2u}) {
