@@ -468,3 +468,32 @@ TEST_F(RasterizerGLBox, DrawListsAreKeptWhileSceneUvSetAndFlagsStayTheSame)
         EXPECT_TRUE(rasterizer.cageDrawList().records().empty());
     });
 }
+
+TEST_F(RasterizerGLBox, OnlyTheBakedUvTileLandsInTheMap)
+{
+    const SceneSPtr shifted = loadBoxLow();
+    ASSERT_TRUE(shifted);
+    for (Eigen::Vector2f& uv : *firstMeshData(*shifted)->getUvSet(0))
+        uv.x() += 1.0f;
+    MapTracer original, moved, outside;
+    DetailBakeJob job = jobFor(shifted, 256, 1);
+    inGL([&] {
+        RasterizerGL rasterizer;
+        ASSERT_TRUE(rasterizeInto(rasterizer, jobFor(low, 256, 1), original));
+        ASSERT_TRUE(rasterizeInto(rasterizer, job, outside));
+        job.uvTile = {1, 0};
+        ASSERT_TRUE(rasterizeInto(rasterizer, job, moved));
+    });
+    int covered = 0, differ = 0, stray = 0;
+    for (unsigned y = 0; y < 256; ++y)
+        for (unsigned x = 0; x < 256; ++x) {
+            covered += original.origin(x, y).w() == 1.0f;
+            // UVs past 1 carry fewer bits: edges may move by a texel.
+            const Eigen::Vector4f a = original.origin(x, y), b = moved.origin(x, y);
+            differ += a.w() != b.w() || (a.head<3>() - b.head<3>()).norm() > 1e-3f;
+            stray += outside.origin(x, y).w() != 0.0f;
+        }
+    EXPECT_GT(covered, 30000);
+    EXPECT_LT(differ, 16);
+    EXPECT_EQ(stray, 0);
+}
