@@ -5,6 +5,7 @@
 #include "common/TestPaths.h"
 
 #include <QDir>
+#include <QImage>
 
 #include <gtest/gtest.h>
 
@@ -49,4 +50,34 @@ TEST(LowPolyBakeCommandLine, EachInputIsBakedInTurnAndAFailedOneDoesNotStopTheRe
     EXPECT_EQ(r.exitCode, 0);
     EXPECT_EQ(r.err, QStringLiteral("[ERROR][ZMFBaker]Error: Scene \"%1\" couldn't be loaded .\n").arg(missing));
     EXPECT_EQ(filesIn(out), QStringList{"box_low_position.png"});
+}
+
+namespace {
+
+// Bakes box_low's world normals at 128² and counts the texels left empty.
+int emptyTexelsAfterBake(const QStringList& extraArgs)
+{
+    const QString out = ZmfTest::makeTempDir();
+    const auto r = runZmfbaker(QStringList{"normal-world-space", boxLow(), "--output-size", "7,7", "--output-path", out} +
+                               extraArgs);
+    EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
+    const QImage image(out + "/box_low_normal-world-space.png");
+    EXPECT_EQ(image.size(), QSize(128, 128));
+    int empty = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x) {
+            // Empty texels are transparent black; diffusion fills the rest with blends.
+            const QRgba64 texel = image.pixelColor(x, y).rgba64();
+            if (texel.alpha() != 65535 || (texel.red() == 0 && texel.green() == 0 && texel.blue() == 0))
+                ++empty;
+        }
+    return empty;
+}
+
+} // namespace
+
+TEST(LowPolyBakeCommandLine, DefaultDilationAndDiffusionLeaveNoEmptyTexel)
+{
+    EXPECT_EQ(emptyTexelsAfterBake({}), 0);
+    EXPECT_GT(emptyTexelsAfterBake({"--apply-diffusion", "false"}), 1000);
 }
