@@ -15,7 +15,7 @@ QString errorMessage(ErrorCode code)
     case ErrorCode::MissingInputData:
         return QStringLiteral("Missing input data. Check the logs for more information.");
     case ErrorCode::InternalError:
-        return QStringLiteral("Internal error. Please send a bug report to support@zmfbaker.org");
+        return QStringLiteral("Internal error. Please send a bug report to the zmfbaker maintainers.");
     }
     return QStringLiteral("Unknown error");
 }
