@@ -10,4 +10,6 @@ low=examples/pebble_low.obj
 for baker in normal-world-space position world-space-direction; do
   ./build/zmfbaker -v "$baker" "$low" --output-size 10,10 --output-path out
 done
+high=examples/pebble_high.obj
+./build/zmfbaker -v normal-from-mesh "$low" --highdef-mesh "$high" --output-size 10,10 --output-path out
 ls -l out
