@@ -1,6 +1,7 @@
 #include "baking/detail/RaytracerEmbree.h"
 
 #include "baking/AbstractBakingContext.h"
+#include "baking/detail/CurvatureMesh.h"
 
 #include <QThread>
 
@@ -32,7 +33,9 @@ void RaytracerEmbree::init(const DetailBakeJob& job, const BakeTiling& tiling, B
     const EmbreeSceneKey key = EmbreeSceneKey::of(job);
     const bool curvatureMissing =
         job.kind == BakeJobKind::Curvature && m_scene && m_scene->vertexCurvature().empty();
-    if (!m_scene || !m_haveKey || key != m_key || curvatureMissing) {
+    // Per-vertex curvature traces the welded mesh; no other kind may.
+    const bool welded = job.kind == BakeJobKind::Curvature;
+    if (!m_scene || !m_haveKey || key != m_key || curvatureMissing || welded != m_sceneWelded) {
         m_scene.reset();
         m_mesh.reset();
         m_haveKey = false;
@@ -42,6 +45,9 @@ void RaytracerEmbree::init(const DetailBakeJob& job, const BakeTiling& tiling, B
         } else {
             m_mesh = std::make_shared<GrabbedMesh>();
         }
+        if (welded)
+            m_mesh = weldGrabbedMesh(*m_mesh);
+        m_sceneWelded = welded;
         m_scene = std::make_unique<EmbreeScene>(m_mesh);
         m_key = key;
         m_haveKey = true;

@@ -58,6 +58,7 @@ private:
     std::unique_ptr<EmbreeScene> m_scene;
     EmbreeSceneKey m_key;
     bool m_haveKey = false;
+    bool m_sceneWelded = false;
     unsigned m_sceneBuilds = 0;
 
     std::unique_ptr<StripJobBase> m_job;
