@@ -1,0 +1,172 @@
+// The detail bakers through the real binary on the reference box pair: the
+// normal maps against the independent reference bake, and the mask and
+// position maps against what the low mesh alone says.
+
+#include "common/ProcessRunner.h"
+#include "common/TestPaths.h"
+#include "image/DefaultCodecs.h"
+#include "image/FileTextureLoader.h"
+#include "image/Surface.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <iostream>
+#include <vector>
+
+using Ond::Surfaces::PixelFormat;
+using Ond::Surfaces::SurfaceSPtr;
+
+namespace {
+
+// Sides as powers of two: 1024 by 1024.
+const QString kSize = QStringLiteral("10,10");
+
+// The reference's set-up: rays from 0.1 in front of the low surface reaching
+// 0.1 behind it along the mesh's own normals, first hit whatever its facing,
+// no dilation.
+QStringList referenceOptions()
+{
+    return {QStringLiteral("--highdef-mesh"), ZmfTest::testDataDir() + QStringLiteral("/box_high.obj"),
+            QStringLiteral("--output-size"), kSize,
+            QStringLiteral("--relative-to-bbox"), QStringLiteral("false"),
+            QStringLiteral("--max-frontal"), QStringLiteral("0.1"),
+            QStringLiteral("--max-rear"), QStringLiteral("0.1"),
+            QStringLiteral("--average-normals"), QStringLiteral("false"),
+            QStringLiteral("--ignore-backface"), QStringLiteral("false"),
+            QStringLiteral("--dilation-width"), QStringLiteral("0"),
+            QStringLiteral("--apply-diffusion"), QStringLiteral("false"),
+            QStringLiteral("--output-format"), QStringLiteral("tif")};
+}
+
+// Runs one baker on box_low and loads the one map it wrote as RGBA float.
+SurfaceSPtr bake(const QString& baker, const QStringList& options)
+{
+    Ond::Surfaces::registerDefaultCodecs();
+    const QString dir = ZmfTest::makeTempDir();
+    QStringList args{baker, ZmfTest::testDataDir() + QStringLiteral("/box_low.obj")};
+    args << options << QStringLiteral("--output-path") << dir;
+    const ZmfTest::ProcessResult result = ZmfTest::runZmfbaker(args);
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    const QStringList files = QDir(dir).entryList(QDir::Files);
+    EXPECT_EQ(files.size(), 1) << files.join(' ').toStdString();
+    if (files.size() != 1)
+        return {};
+    return Ond::Surfaces::FileTextureLoader::load(dir + '/' + files.front());
+}
+
+SurfaceSPtr toRgbaFloat(const SurfaceSPtr& surface)
+{
+    if (!surface || surface->format() == PixelFormat::RGBA32F)
+        return surface;
+    auto out = SurfaceSPtr::create();
+    Ond::Surfaces::convert(*surface, *out, PixelFormat::RGBA32F);
+    return out;
+}
+
+SurfaceSPtr reference(const char* name)
+{
+    Ond::Surfaces::registerDefaultCodecs();
+    return toRgbaFloat(Ond::Surfaces::FileTextureLoader::load(ZmfTest::testDataDir() + '/' + name));
+}
+
+// Covered texels of the reference mask whose 5 by 5 neighbourhood is also
+// covered: island borders are where two rasterisers may disagree by a texel.
+std::vector<char> erodedMask(const SurfaceSPtr& mask, int radius)
+{
+    const int w = int(mask->width()), h = int(mask->height());
+    std::vector<char> inside(size_t(w) * h);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            inside[size_t(y) * w + x] = mask->pixel<float>(x, y)[0] > 0.5f;
+    std::vector<char> out(inside.size(), 0);
+    for (int y = radius; y < h - radius; ++y)
+        for (int x = radius; x < w - radius; ++x) {
+            bool all = true;
+            for (int dy = -radius; dy <= radius && all; ++dy)
+                for (int dx = -radius; dx <= radius && all; ++dx)
+                    all = inside[size_t(y + dy) * w + x + dx] != 0;
+            out[size_t(y) * w + x] = all;
+        }
+    return out;
+}
+
+struct AngleStats
+{
+    double mean = 0.0;
+    double p99 = 0.0;
+    size_t count = 0;
+};
+
+// Angles in degrees between the decoded normals of two maps; the reference
+// carries a bias of 1e-5 in its encoding.
+AngleStats compareNormals(const SurfaceSPtr& baked, const SurfaceSPtr& ref, const std::vector<char>& mask)
+{
+    std::vector<double> angles;
+    const unsigned w = ref->width(), h = ref->height();
+    for (unsigned y = 0; y < h; ++y)
+        for (unsigned x = 0; x < w; ++x) {
+            if (!mask[size_t(y) * w + x])
+                continue;
+            const float* a = baked->pixel<float>(x, y);
+            const float* b = ref->pixel<float>(x, y);
+            double na[3], nb[3], la = 0.0, lb = 0.0, dot = 0.0;
+            for (int c = 0; c < 3; ++c) {
+                na[c] = 2.0 * a[c] - 1.0;
+                nb[c] = 2.0 * b[c] - 1.0 - 2e-5;
+                la += na[c] * na[c];
+                lb += nb[c] * nb[c];
+                dot += na[c] * nb[c];
+            }
+            const double cosine = la > 0.0 && lb > 0.0 ? dot / std::sqrt(la * lb) : -1.0;
+            angles.push_back(std::acos(std::clamp(cosine, -1.0, 1.0)) * 180.0 / M_PI);
+        }
+    AngleStats stats;
+    stats.count = angles.size();
+    if (angles.empty())
+        return stats;
+    double sum = 0.0;
+    for (double a : angles)
+        sum += a;
+    stats.mean = sum / double(angles.size());
+    const size_t at = std::min(angles.size() - 1, size_t(double(angles.size()) * 0.99));
+    std::nth_element(angles.begin(), angles.begin() + long(at), angles.end());
+    stats.p99 = angles[at];
+    return stats;
+}
+
+} // namespace
+
+TEST(DetailMapBakerCommandLine, NormalMapsMatchTheReferenceBakeInsideTheIslands)
+{
+    const SurfaceSPtr mask = reference("box_1024_mask.png");
+    const SurfaceSPtr refTangent = reference("box_1024_normal_tangent.png");
+    const SurfaceSPtr refObject = reference("box_1024_normal_object.png");
+    ASSERT_TRUE(mask && refTangent && refObject);
+    const std::vector<char> inner = erodedMask(mask, 2);
+
+    QStringList tangentOptions = referenceOptions();
+    tangentOptions << QStringLiteral("--normal-format") << QStringLiteral("0");
+    const SurfaceSPtr tangent = toRgbaFloat(bake(QStringLiteral("normal-from-mesh"), tangentOptions));
+    ASSERT_TRUE(tangent);
+    ASSERT_EQ(tangent->width(), 1024u);
+    const AngleStats ts = compareNormals(tangent, refTangent, inner);
+    std::cout << "tangent-space normals against the reference: mean " << ts.mean << " deg, 99th percentile "
+              << ts.p99 << " deg over " << ts.count << " texels" << std::endl;
+    EXPECT_GT(ts.count, 500000u);
+    EXPECT_LE(ts.mean, 2.0);
+    EXPECT_LE(ts.p99, 10.0);
+
+    QStringList objectOptions = referenceOptions();
+    objectOptions << QStringLiteral("--map-type") << QStringLiteral("0");
+    const SurfaceSPtr object = toRgbaFloat(bake(QStringLiteral("normal-from-mesh"), objectOptions));
+    ASSERT_TRUE(object);
+    const AngleStats os = compareNormals(object, refObject, inner);
+    std::cout << "object-space normals against the reference: mean " << os.mean << " deg, 99th percentile "
+              << os.p99 << " deg over " << os.count << " texels" << std::endl;
+    EXPECT_LE(os.mean, 1.5);
+}
