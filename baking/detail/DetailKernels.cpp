@@ -18,6 +18,10 @@ void registerTriangleColorKernel();
 void registerTextureKernel();
 void registerTextureNormalKernel();
 void registerCurvatureKernel();
+void registerAmbientOcclusionKernel();
+void registerBentNormalsKernel();
+void registerThicknessKernel();
+void registerCurvature1Kernel();
 
 void registerDetailKernels()
 {
@@ -32,6 +36,10 @@ void registerDetailKernels()
         registerTextureKernel();
         registerTextureNormalKernel();
         registerCurvatureKernel();
+        registerAmbientOcclusionKernel();
+        registerBentNormalsKernel();
+        registerThicknessKernel();
+        registerCurvature1Kernel();
     });
 }
 
