@@ -170,3 +170,60 @@ TEST(DetailMapBakerCommandLine, NormalMapsMatchTheReferenceBakeInsideTheIslands)
               << os.p99 << " deg over " << os.count << " texels" << std::endl;
     EXPECT_LE(os.mean, 1.5);
 }
+
+TEST(DetailMapBakerCommandLine, MaskCoversTheReferenceTexelsAndNothingBeyondTheIslandBorders)
+{
+    const SurfaceSPtr ref = reference("box_1024_mask.png");
+    ASSERT_TRUE(ref);
+    const SurfaceSPtr mask = toRgbaFloat(bake(QStringLiteral("opacity-mask-from-mesh"), referenceOptions()));
+    ASSERT_TRUE(mask);
+    ASSERT_EQ(mask->width(), 1024u);
+    const std::vector<char> inner = erodedMask(ref, 1);
+    size_t differing = 0, innerMisses = 0, covered = 0;
+    for (unsigned y = 0; y < 1024; ++y)
+        for (unsigned x = 0; x < 1024; ++x) {
+            const bool ours = mask->pixel<float>(x, y)[0] > 0.5f;
+            const bool theirs = ref->pixel<float>(x, y)[0] > 0.5f;
+            covered += ours;
+            differing += ours != theirs;
+            innerMisses += inner[size_t(y) * 1024 + x] && !ours;
+        }
+    std::cout << "mask: " << covered << " texels covered, " << differing << " differ from the reference" << std::endl;
+    // Every ray of the reference found the high mesh, so inside the islands
+    // nothing may be missing; only the border rule may differ.
+    EXPECT_EQ(innerMisses, 0u);
+    EXPECT_LE(differing, 16u);
+}
+
+TEST(DetailMapBakerCommandLine, PositionsNormalisedOnTheLowBoxLieOnTheHighSurface)
+{
+    QStringList options = referenceOptions();
+    options << QStringLiteral("--normalization") << QStringLiteral("0") << QStringLiteral("--output-size")
+            << QStringLiteral("9,9");
+    const SurfaceSPtr map = toRgbaFloat(bake(QStringLiteral("position-from-mesh"), options));
+    ASSERT_TRUE(map);
+    ASSERT_EQ(map->width(), 512u);
+    const SurfaceSPtr ref = reference("box_1024_mask.png");
+    ASSERT_TRUE(ref);
+    // The low box spans -1 .. 1 on each axis, so a value q is the point
+    // 2 q - 1; on the high mesh (bevels, dome and hole included) its largest
+    // coordinate lies between 0.9 and 1.07.
+    size_t checked = 0, off = 0;
+    for (unsigned y = 2; y < 510; ++y)
+        for (unsigned x = 2; x < 510; ++x) {
+            bool inside = true;
+            for (unsigned dy = 0; dy < 2; ++dy)
+                for (unsigned dx = 0; dx < 2; ++dx)
+                    inside = inside && ref->pixel<float>(2 * x + dx, 2 * y + dy)[0] > 0.5f;
+            if (!inside)
+                continue;
+            const float* q = map->pixel<float>(x, y);
+            float largest = 0.0f;
+            for (int c = 0; c < 3; ++c)
+                largest = std::max(largest, std::fabs(2.0f * q[c] - 1.0f));
+            ++checked;
+            off += largest < 0.9f || largest > 1.07f;
+        }
+    EXPECT_GT(checked, 100000u);
+    EXPECT_EQ(off, 0u);
+}
