@@ -5,7 +5,7 @@ namespace Ond::Baking {
 
 struct CurvatureParams
 {
-    bool softSaturate = false;  // tanh(c) instead of c * intensity + 0.5
+    bool softSaturate = true;  // tanh(c) instead of c * intensity + 0.5
     float intensity = 1.0f;
 };
 
