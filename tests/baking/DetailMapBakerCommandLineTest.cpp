@@ -227,3 +227,49 @@ TEST(DetailMapBakerCommandLine, PositionsNormalisedOnTheLowBoxLieOnTheHighSurfac
     EXPECT_GT(checked, 100000u);
     EXPECT_EQ(off, 0u);
 }
+
+TEST(DetailMapBakerCommandLine, HeightsRelativeToTheRayDistancesShowDomeAndHole)
+{
+    QStringList options = referenceOptions();
+    options << QStringLiteral("--auto-normalize") << QStringLiteral("0") << QStringLiteral("--output-size")
+            << QStringLiteral("9,9");
+    const SurfaceSPtr map = toRgbaFloat(bake(QStringLiteral("height-from-mesh"), options));
+    ASSERT_TRUE(map);
+    ASSERT_EQ(map->width(), 512u);
+    const SurfaceSPtr ref = reference("box_1024_mask.png");
+    ASSERT_TRUE(ref);
+    // Symmetric over a reach of 0.1 each way: h maps to 0.5 + 5 h. The dome
+    // stands 0.06 out, the hole goes 0.05 in; apart from the panel, the
+    // recess, the grooves and those two, the surface lies within a few
+    // thousandths of the low mesh.
+    float lowest = 1.0f, highest = 0.0f;
+    size_t checked = 0, near = 0;
+    for (unsigned y = 0; y < 512; ++y)
+        for (unsigned x = 0; x < 512; ++x) {
+            if (ref->pixel<float>(2 * x, 2 * y)[0] < 0.5f)
+                continue;
+            const float v = map->pixel<float>(x, y)[0];
+            lowest = std::min(lowest, v);
+            highest = std::max(highest, v);
+            ++checked;
+            near += v > 0.5f - 5.0f * 0.004f && v < 0.5f + 5.0f * 0.006f;
+        }
+    std::cout << "height: lowest " << (lowest - 0.5f) / 5.0f << ", highest " << (highest - 0.5f) / 5.0f << ", "
+              << 100.0 * double(near) / double(checked) << " % near the low surface" << std::endl;
+    EXPECT_NEAR((highest - 0.5f) / 5.0f, 0.06f, 0.005f);
+    EXPECT_NEAR((lowest - 0.5f) / 5.0f, -0.05f, 0.005f);
+    EXPECT_GT(double(near) / double(checked), 0.8);
+}
+
+TEST(DetailMapBakerCommandLine, MissingTransferTextureFailsTheBakeWithItsMessage)
+{
+    const QString dir = ZmfTest::makeTempDir();
+    const ZmfTest::ProcessResult result = ZmfTest::runZmfbaker(
+        {QStringLiteral("texture-from-mesh"), ZmfTest::testDataDir() + QStringLiteral("/box_low.obj"),
+         QStringLiteral("--highdef-mesh"), ZmfTest::testDataDir() + QStringLiteral("/box_high.obj"),
+         QStringLiteral("--texture-file"), dir + QStringLiteral("/none.png"), QStringLiteral("--output-size"),
+         QStringLiteral("5,5"), QStringLiteral("--output-path"), dir});
+    EXPECT_TRUE((result.out + result.err).contains(QStringLiteral("Detail texture loading failed")))
+        << (result.out + result.err).toStdString();
+    EXPECT_TRUE(QDir(dir).entryList(QDir::Files).isEmpty());
+}
