@@ -52,9 +52,11 @@ bool BakingContext::perFragmentBinormal() const
 bool BakingContext::loadSurface(const QString& path, Ond::Surfaces::SurfaceSPtr& result)
 {
     result.reset();
-    QFile file(path);
+    // Paths from the command line arrive as file: URLs.
+    const QString local = path.startsWith(QLatin1String("file:")) ? QUrl(path).toLocalFile() : path;
+    QFile file(local);
     const auto codec = Ond::Surfaces::SurfaceCodecManager::instance().findCodec(
-        &file, QFileInfo(path).suffix().toLatin1(), Ond::Surfaces::CapabilityRead);
+        &file, QFileInfo(local).suffix().toLatin1(), Ond::Surfaces::CapabilityRead);
     if (!codec)
         return false;
     if (!codec->read(result))

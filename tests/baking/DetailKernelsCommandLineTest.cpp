@@ -29,13 +29,13 @@ SurfaceSPtr loadRgbaFloat(const QString& path)
     return out;
 }
 
-// Bakes box_low against box_high at 1024 by 1024, the size of the reference
-// mask, and loads the one map written.
-SurfaceSPtr bake(const QString& baker, const QStringList& options = {})
+// Bakes box_low against box_high (or `high`) at 1024 by 1024, the size of
+// the reference mask, and loads the one map written.
+SurfaceSPtr bake(const QString& baker, const QStringList& options = {}, const QString& high = "box_high.obj")
 {
     const QString dir = ZmfTest::makeTempDir();
     QStringList args{baker, ZmfTest::testDataDir() + QStringLiteral("/box_low.obj"), QStringLiteral("--highdef-mesh"),
-                     ZmfTest::testDataDir() + QStringLiteral("/box_high.obj"), QStringLiteral("--output-size"),
+                     ZmfTest::testDataDir() + '/' + high, QStringLiteral("--output-size"),
                      QStringLiteral("10,10"), QStringLiteral("--output-format"), QStringLiteral("tif"),
                      QStringLiteral("--output-path"), dir};
     args << options;
@@ -113,4 +113,38 @@ TEST(DetailKernelsCommandLine, ColorOfTheBoxIsOneColourForItsOnePart)
     ASSERT_GT(covered, 0u);
     // Rays hit: a material's colour, not the black of a miss.
     EXPECT_GT(first[0] + first[1] + first[2], 0.5f);
+}
+
+TEST(DetailKernelsCommandLine, TextureOfTheLowBoxOntoItselfIsTheTexture)
+{
+    // The reference object-space normal map as the texture of box_low, baked
+    // back onto box_low: every texel well inside an island reads itself.
+    const QString texture = ZmfTest::testDataDir() + QStringLiteral("/box_1024_normal_object.png");
+    const std::vector<char> inside = islands();
+    const SurfaceSPtr source = loadRgbaFloat(texture);
+    ASSERT_TRUE(source);
+    for (const char* mode : {"0", "1"}) {
+        const SurfaceSPtr map = bake(QStringLiteral("texture-from-mesh"),
+                                     {QStringLiteral("--texture-file"), texture, QStringLiteral("--filtering-mode"),
+                                      QString::fromLatin1(mode)},
+                                     QStringLiteral("box_low.obj"));
+        ASSERT_TRUE(map);
+        ASSERT_EQ(inside.size(), size_t(map->width()) * map->height());
+        size_t checked = 0, same = 0;
+        for (unsigned y = 2; y + 2 < 1024; ++y)
+            for (unsigned x = 2; x + 2 < 1024; ++x) {
+                bool all = true;
+                for (int d = -2; d <= 2 && all; ++d)
+                    all = inside[size_t(y + d) * 1024 + x] && inside[size_t(y) * 1024 + x + d];
+                if (!all)
+                    continue;
+                ++checked;
+                const float* a = map->pixel<float>(x, y);
+                const float* b = source->pixel<float>(x, y);
+                same += std::abs(a[0] - b[0]) < 2.0f / 255.0f && std::abs(a[1] - b[1]) < 2.0f / 255.0f
+                        && std::abs(a[2] - b[2]) < 2.0f / 255.0f;
+            }
+        ASSERT_GT(checked, 100000u);
+        EXPECT_GT(double(same) / double(checked), 0.99) << "filtering " << mode << ": " << same << " of " << checked;
+    }
 }
