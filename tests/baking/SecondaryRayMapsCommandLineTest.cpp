@@ -1,0 +1,126 @@
+// Bent normals, thickness and curvature of the box pair through the real
+// binary: what the shape says each map must show inside the UV islands.
+
+#include "common/ProcessRunner.h"
+#include "common/TestPaths.h"
+#include "image/DefaultCodecs.h"
+#include "image/FileTextureLoader.h"
+#include "image/Surface.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+
+#include <algorithm>
+#include <iostream>
+#include <vector>
+
+using Ond::Surfaces::PixelFormat;
+using Ond::Surfaces::SurfaceSPtr;
+
+namespace {
+
+SurfaceSPtr toRgbaFloat(const SurfaceSPtr& surface)
+{
+    if (!surface || surface->format() == PixelFormat::RGBA32F)
+        return surface;
+    auto out = SurfaceSPtr::create();
+    Ond::Surfaces::convert(*surface, *out, PixelFormat::RGBA32F);
+    return out;
+}
+
+// Bakes one map of box_low from box_high at 512 by 512 with few rays.
+SurfaceSPtr bake(const QString& baker)
+{
+    Ond::Surfaces::registerDefaultCodecs();
+    const QString dir = ZmfTest::makeTempDir();
+    const QStringList args{baker,
+                           ZmfTest::testDataDir() + QStringLiteral("/box_low.obj"),
+                           QStringLiteral("--highdef-mesh"),
+                           ZmfTest::testDataDir() + QStringLiteral("/box_high.obj"),
+                           QStringLiteral("--output-size"),
+                           QStringLiteral("9,9"),
+                           QStringLiteral("--nb-second-rays"),
+                           QStringLiteral("16"),
+                           QStringLiteral("--output-format"),
+                           QStringLiteral("tif"),
+                           QStringLiteral("--output-path"),
+                           dir};
+    const ZmfTest::ProcessResult result = ZmfTest::runZmfbaker(args);
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    const QStringList files = QDir(dir).entryList(QDir::Files);
+    EXPECT_EQ(files.size(), 1);
+    if (files.size() != 1)
+        return {};
+    return toRgbaFloat(Ond::Surfaces::FileTextureLoader::load(dir + '/' + files.front()));
+}
+
+// Channel c of the texels whose 2x2 reference-mask block and its
+// neighbours two texels around are all covered.
+std::vector<float> inside(const SurfaceSPtr& map, int c)
+{
+    const SurfaceSPtr mask =
+        toRgbaFloat(Ond::Surfaces::FileTextureLoader::load(ZmfTest::testDataDir() + "/box_1024_mask.png"));
+    const int n = int(map->width());
+    std::vector<char> covered(size_t(n) * n);
+    for (int y = 0; y < n; ++y)
+        for (int x = 0; x < n; ++x) {
+            bool all = true;
+            for (int k = 0; k < 4; ++k)
+                all = all && mask->pixel<float>(2 * x + (k & 1), 2 * y + (k >> 1))[0] > 0.5f;
+            covered[size_t(y) * n + x] = all;
+        }
+    std::vector<float> values;
+    for (int y = 2; y < n - 2; ++y)
+        for (int x = 2; x < n - 2; ++x) {
+            bool all = true;
+            for (int dy = -2; dy <= 2 && all; ++dy)
+                for (int dx = -2; dx <= 2 && all; ++dx)
+                    all = covered[size_t(y + dy) * n + x + dx] != 0;
+            if (all)
+                values.push_back(map->pixel<float>(x, y)[c]);
+        }
+    return values;
+}
+
+float quantile(std::vector<float> v, double q)
+{
+    const size_t at = std::min(v.size() - 1, size_t(double(v.size()) * q));
+    std::nth_element(v.begin(), v.begin() + long(at), v.end());
+    return v[at];
+}
+
+} // namespace
+
+TEST(SecondaryRayMapsCommandLine, BoxBentNormalsThicknessAndCurvature)
+{
+    Ond::Surfaces::registerDefaultCodecs();
+    const SurfaceSPtr bent = bake(QStringLiteral("bent-normal-from-mesh"));
+    const SurfaceSPtr thickness = bake(QStringLiteral("thickness-from-mesh"));
+    const SurfaceSPtr curvature = bake(QStringLiteral("curvature-from-mesh-v2"));
+    ASSERT_TRUE(bent && thickness && curvature);
+
+    const std::vector<float> blue = inside(bent, 2), red = inside(bent, 0);
+    const std::vector<float> thick = inside(thickness, 0), curv = inside(curvature, 0);
+    ASSERT_GT(blue.size(), 100000u);
+    std::cout << "bent blue p05/p50 " << quantile(blue, 0.05) << "/" << quantile(blue, 0.5) << ", red p05/p50/p95 "
+              << quantile(red, 0.05) << "/" << quantile(red, 0.5) << "/" << quantile(red, 0.95)
+              << "; thickness p01/p50/p99 " << quantile(thick, 0.01) << "/" << quantile(thick, 0.5) << "/"
+              << quantile(thick, 0.99) << "; curvature p01/p50/p99 " << quantile(curv, 0.01) << "/"
+              << quantile(curv, 0.5) << "/" << quantile(curv, 0.99) << std::endl;
+
+    // A box is open almost everywhere: bent normals stay near the low normal
+    // in tangent space, leaning no way in particular.
+    EXPECT_GT(quantile(blue, 0.5), 0.95f);
+    EXPECT_NEAR(quantile(red, 0.5), 0.5f, 0.02f);
+    // Thickness spans its range: open where the far side is out of reach,
+    // darker near the bevels and the recesses.
+    EXPECT_GE(*std::min_element(thick.begin(), thick.end()), 0.0f);
+    EXPECT_LE(*std::max_element(thick.begin(), thick.end()), 1.0f);
+    EXPECT_LT(quantile(thick, 0.01), 0.95f);
+    // Flat faces sit at the middle grey; the bevels and the dome lift it,
+    // the hole, grooves and recess lower it.
+    EXPECT_NEAR(quantile(curv, 0.5), 0.5f, 0.01f);
+    EXPECT_LT(quantile(curv, 0.01), 0.45f);
+    EXPECT_GT(quantile(curv, 0.99), 0.53f);
+}
