@@ -11,5 +11,7 @@ for baker in normal-world-space position world-space-direction; do
   ./build/zmfbaker -v "$baker" "$low" --output-size 10,10 --output-path out
 done
 high=examples/pebble_high.obj
-./build/zmfbaker -v normal-from-mesh "$low" --highdef-mesh "$high" --output-size 10,10 --output-path out
+for baker in normal-from-mesh ambient-occlusion-from-mesh; do
+  ./build/zmfbaker -v "$baker" "$low" --highdef-mesh "$high" --output-size 10,10 --output-path out
+done
 ls -l out
