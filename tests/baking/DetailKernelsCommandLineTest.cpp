@@ -115,6 +115,55 @@ TEST(DetailKernelsCommandLine, ColorOfTheBoxIsOneColourForItsOnePart)
     EXPECT_GT(first[0] + first[1] + first[2], 0.5f);
 }
 
+namespace {
+
+// Share of the texels well inside the islands where two maps agree within
+// `tolerance` on r, g and b; with `tiltedOnly`, only where the source's
+// green leaves 0.5, which is where a wrong green convention shows.
+double agreement(const SurfaceSPtr& map, const SurfaceSPtr& source, const std::vector<char>& inside, float tolerance,
+                 bool tiltedOnly = false)
+{
+    size_t checked = 0, same = 0;
+    for (unsigned y = 2; y + 2 < 1024; ++y)
+        for (unsigned x = 2; x + 2 < 1024; ++x) {
+            bool all = true;
+            for (int d = -2; d <= 2 && all; ++d)
+                all = inside[size_t(y + d) * 1024 + x] && inside[size_t(y) * 1024 + x + d];
+            const float* a = map->pixel<float>(x, y);
+            const float* b = source->pixel<float>(x, y);
+            if (!all || (tiltedOnly && std::abs(b[1] - 0.5f) < 0.05f))
+                continue;
+            ++checked;
+            same += std::abs(a[0] - b[0]) < tolerance && std::abs(a[1] - b[1]) < tolerance
+                    && std::abs(a[2] - b[2]) < tolerance;
+        }
+    EXPECT_GT(checked, 10000u);
+    return checked ? double(same) / double(checked) : 0.0;
+}
+
+} // namespace
+
+TEST(DetailKernelsCommandLine, TangentNormalTextureOfTheLowBoxOntoItselfIsTheTexture)
+{
+    // To world space on the high mesh's frame and back on the low mesh's:
+    // the same mesh, so the same map, in either green convention.
+    const QString texture = ZmfTest::testDataDir() + QStringLiteral("/box_1024_normal_tangent.png");
+    const std::vector<char> inside = islands();
+    const SurfaceSPtr source = loadRgbaFloat(texture);
+    ASSERT_TRUE(source);
+    for (const char* format : {"0", "1"}) {
+        const SurfaceSPtr map = bake(QStringLiteral("texture-from-mesh"),
+                                     {QStringLiteral("--texture-file"), texture, QStringLiteral("--normal-map"),
+                                      QStringLiteral("true"), QStringLiteral("--normal-format"),
+                                      QString::fromLatin1(format)},
+                                     QStringLiteral("box_low.obj"));
+        ASSERT_TRUE(map);
+        ASSERT_EQ(inside.size(), size_t(map->width()) * map->height());
+        EXPECT_GT(agreement(map, source, inside, 4.0f / 255.0f), 0.98) << "normal format " << format;
+        EXPECT_GT(agreement(map, source, inside, 4.0f / 255.0f, true), 0.95) << "normal format " << format;
+    }
+}
+
 TEST(DetailKernelsCommandLine, TextureOfTheLowBoxOntoItselfIsTheTexture)
 {
     // The reference object-space normal map as the texture of box_low, baked
