@@ -161,6 +161,18 @@ TEST(DetailMapBakerCommandLine, NormalMapsMatchTheReferenceBakeInsideTheIslands)
     EXPECT_LE(ts.mean, 2.0);
     EXPECT_LE(ts.p99, 10.0);
 
+    // DirectX orientation: the same map with green pointing down.
+    QStringList directXOptions = referenceOptions();
+    directXOptions << QStringLiteral("--normal-format") << QStringLiteral("1");
+    const SurfaceSPtr directX = toRgbaFloat(bake(QStringLiteral("normal-from-mesh"), directXOptions));
+    ASSERT_TRUE(directX);
+    for (unsigned y = 0; y < directX->height(); ++y)
+        for (unsigned x = 0; x < directX->width(); ++x)
+            directX->pixel<float>(x, y)[1] = 1.0f - directX->pixel<float>(x, y)[1];
+    const AngleStats ds = compareNormals(directX, refTangent, inner);
+    std::cout << "DirectX tangent-space normals, green turned back: mean " << ds.mean << " deg" << std::endl;
+    EXPECT_LE(ds.mean, 2.0);
+
     QStringList objectOptions = referenceOptions();
     objectOptions << QStringLiteral("--map-type") << QStringLiteral("0");
     const SurfaceSPtr object = toRgbaFloat(bake(QStringLiteral("normal-from-mesh"), objectOptions));
