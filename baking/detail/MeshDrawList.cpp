@@ -51,7 +51,7 @@ void MeshDrawList::release()
     m_built = false;
 }
 
-void MeshDrawList::build(const Scene& scene, const Key& key, bool smoothNormals)
+void MeshDrawList::build(const Scene& scene, const Key& key, bool smoothNormals, bool normalsRequired)
 {
     if (m_built && m_key.context != key.context)
         forget();
@@ -77,7 +77,8 @@ void MeshDrawList::build(const Scene& scene, const Key& key, bool smoothNormals)
             m_noPositions << name;
             complete = false;
         }
-        if (!normals || normals->size() < n || normals->empty()) {
+        const bool hasNormals = normals && normals->size() >= n && !normals->empty();
+        if (!hasNormals && normalsRequired) {
             m_noNormals << name;
             complete = false;
         }
@@ -105,7 +106,10 @@ void MeshDrawList::build(const Scene& scene, const Key& key, bool smoothNormals)
         const Vec3Buffer& positions = *data->getPositions();
         floats.resize(n * (smoothNormals ? 11 : 8));
         std::copy_n(reinterpret_cast<const float*>(positions.data()), n * 3, floats.data());
-        std::copy_n(reinterpret_cast<const float*>(normals->data()), n * 3, floats.data() + n * 3);
+        if (hasNormals)
+            std::copy_n(reinterpret_cast<const float*>(normals->data()), n * 3, floats.data() + n * 3);
+        else
+            std::fill_n(floats.data() + n * 3, n * 3, 0.0f);
         std::copy_n(reinterpret_cast<const float*>(uvs->data()), n * 2, floats.data() + n * 6);
         if (smoothNormals) {
             smoothed.resize(n);

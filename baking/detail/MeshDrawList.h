@@ -62,7 +62,9 @@ public:
     bool matches(const Key& key) const { return m_built && m_key == key; }
     // Uploads every enabled mesh part of the scene. Parts lacking
     // positions, normals or the UV set are listed, not drawn.
-    void build(const SceneGraph::Scene& scene, const Key& key, bool smoothNormals);
+    // `normalsRequired` off: parts without normals are drawn with zero normals
+    // instead of being reported (the cage is drawn by position only).
+    void build(const SceneGraph::Scene& scene, const Key& key, bool smoothNormals, bool normalsRequired = true);
     void release();
     // Drops the GL names without deleting them, when they belong to a
     // context that is not current.

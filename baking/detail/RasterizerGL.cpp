@@ -225,8 +225,10 @@ void RasterizerGL::init(const DetailBakeJob& job, const BakeTiling& tiling, Bake
     }
     if (job.cageScene) {
         const MeshDrawList::Key key = MeshDrawList::keyOf(*job.cageScene, job.uvSet, job.flags);
+        // The cage is loaded with its UV sets only and drawn by position: it
+        // needs no normals.
         if (!m_cage.matches(key))
-            m_cage.build(*job.cageScene, key, false);
+            m_cage.build(*job.cageScene, key, false, false);
         if (m_cage.isMissingData()) {
             m_cage.reportMissing(QStringLiteral("cage "));
             missing = true;
