@@ -4,6 +4,7 @@
 
 #include "app/Registration.h"
 
+#include "opengl/DefaultSurfaceFormat.h"
 #include "opengl/HeadlessDisplay.h"
 #include "opengl/OglContextData.h"
 #include "opengl/QGLManager.h"
@@ -12,36 +13,17 @@
 
 #include <QApplication>
 #include <QFileInfo>
-#include <QSurfaceFormat>
 #include <QTimer>
 
 #include <clocale>
 #include <memory>
-
-namespace {
-
-void setDefaultSurfaceFormat()
-{
-    QSurfaceFormat format;
-    format.setProfile(QSurfaceFormat::CoreProfile);
-    format.setSamples(0);
-    format.setSwapBehavior(QSurfaceFormat::DoubleBuffer);
-    format.setSwapInterval(0);
-    format.setVersion(4, 5);
-    format.setStencilBufferSize(0);
-    format.setDepthBufferSize(0);
-    QSurfaceFormat::setDefaultFormat(format);
-}
-
-} // namespace
 
 int main(int argc, char** argv)
 {
     // A display to make GL contexts on, before Qt looks for one.
     const auto display = Ond::OpenGLUtils::HeadlessDisplay::ensure();
 
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
-    setDefaultSurfaceFormat();
+    Ond::OpenGLUtils::setDefaultGLAttributes();
 
     int exitCode = -1;
     {

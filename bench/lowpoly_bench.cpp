@@ -10,6 +10,7 @@
 #include "baking/lowpoly/PostProcess.h"
 #include "baking/lowpoly/PositionMapBaker.h"
 #include "baking/lowpoly/SceneGL.h"
+#include "opengl/DefaultSurfaceFormat.h"
 #include "opengl/HeadlessDisplay.h"
 #include "opengl/OglContextData.h"
 #include "opengl/QGLManager.h"
@@ -19,7 +20,6 @@
 #include <QApplication>
 #include <QTemporaryDir>
 #include <QSize>
-#include <QSurfaceFormat>
 
 #include <GL/glew.h>
 
@@ -112,11 +112,7 @@ int main(int argc, char** argv)
     const int repetitions = argc > 2 ? std::max(std::atoi(argv[2]), 1) : 3;
 
     auto display = Ond::OpenGLUtils::HeadlessDisplay::ensure();
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
-    QSurfaceFormat format;
-    format.setProfile(QSurfaceFormat::CoreProfile);
-    format.setVersion(4, 5);
-    QSurfaceFormat::setDefaultFormat(format);
+    Ond::OpenGLUtils::setDefaultGLAttributes();
     QApplication app(argc, argv);
     std::setlocale(LC_NUMERIC, "C");
     Ond::OpenGLUtils::QGLManager manager;

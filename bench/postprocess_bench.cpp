@@ -2,13 +2,13 @@
 // islands, dilation 16 and diffusion, on the compute and the fragment path.
 // Usage: postprocess_bench [size] [dilation width] [repetitions]
 #include "baking/lowpoly/PostProcess.h"
+#include "opengl/DefaultSurfaceFormat.h"
 #include "opengl/HeadlessDisplay.h"
 #include "opengl/OglContextData.h"
 #include "opengl/OglUtils.h"
 #include "opengl/QGLManager.h"
 
 #include <QApplication>
-#include <QSurfaceFormat>
 
 #include <GL/glew.h>
 
@@ -76,11 +76,7 @@ int main(int argc, char** argv)
     const int repetitions = argc > 3 ? std::max(std::atoi(argv[3]), 1) : 1;
 
     auto display = Ond::OpenGLUtils::HeadlessDisplay::ensure();
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
-    QSurfaceFormat format;
-    format.setProfile(QSurfaceFormat::CoreProfile);
-    format.setVersion(4, 5);
-    QSurfaceFormat::setDefaultFormat(format);
+    Ond::OpenGLUtils::setDefaultGLAttributes();
     QApplication app(argc, argv);
     std::setlocale(LC_NUMERIC, "C");
     Ond::OpenGLUtils::QGLManager manager;

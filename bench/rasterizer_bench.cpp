@@ -6,6 +6,7 @@
 
 #include "baking/detail/RasterizerGL.h"
 #include "baking/detail/RaytracerBase.h"
+#include "opengl/DefaultSurfaceFormat.h"
 #include "opengl/HeadlessDisplay.h"
 #include "opengl/OglContextData.h"
 #include "opengl/QGLManager.h"
@@ -16,7 +17,6 @@
 #include "scene/obj/OBJSceneLoader.h"
 
 #include <QApplication>
-#include <QSurfaceFormat>
 
 #include <GL/glew.h>
 
@@ -92,11 +92,7 @@ int main(int argc, char** argv)
 {
     const int repetitions = argc > 2 ? std::max(std::atoi(argv[2]), 1) : 3;
     auto display = Ond::OpenGLUtils::HeadlessDisplay::ensure();
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
-    QSurfaceFormat format;
-    format.setProfile(QSurfaceFormat::CoreProfile);
-    format.setVersion(4, 5);
-    QSurfaceFormat::setDefaultFormat(format);
+    Ond::OpenGLUtils::setDefaultGLAttributes();
     QApplication app(argc, argv);
     std::setlocale(LC_NUMERIC, "C");
     Ond::OpenGLUtils::QGLManager manager;

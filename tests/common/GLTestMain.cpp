@@ -1,10 +1,10 @@
 // Test main for suites that need an OpenGL context: the same headless
 // bootstrap as the program, then one QGLManager for the whole run.
+#include "opengl/DefaultSurfaceFormat.h"
 #include "opengl/HeadlessDisplay.h"
 #include "opengl/QGLManager.h"
 
 #include <QApplication>
-#include <QSurfaceFormat>
 
 #include <gtest/gtest.h>
 
@@ -13,11 +13,7 @@
 int main(int argc, char** argv)
 {
     auto display = Ond::OpenGLUtils::HeadlessDisplay::ensure();
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
-    QSurfaceFormat format;
-    format.setProfile(QSurfaceFormat::CoreProfile);
-    format.setVersion(4, 5);
-    QSurfaceFormat::setDefaultFormat(format);
+    Ond::OpenGLUtils::setDefaultGLAttributes();
     int result = 1;
     {
         QApplication app(argc, argv);
