@@ -4,11 +4,7 @@
 
 #include "baking/detail/RaytracerEmbree.h"
 
-#include "scene/graph/Entity.h"
-#include "scene/graph/LocationComponent.h"
-#include "scene/graph/Mesh.h"
-#include "scene/graph/MeshDisplayComponent.h"
-#include "scene/graph/Scene.h"
+#include "bench/TerrainScene.h"
 
 #include <QCoreApplication>
 
@@ -21,6 +17,8 @@
 
 using namespace Ond::Baking;
 using namespace Ond::SceneGraph;
+using ZmfBench::makeTerrain;
+using ZmfBench::now;
 
 namespace {
 
@@ -31,39 +29,6 @@ struct SumKernel
     SumKernel(const DetailBakeJob&, const EmbreeScene&) {}
     void hit(const PrimaryHit& h, float* acc) const { acc[0] += h.t; }
 };
-
-// A wavy height field of (n - 1)^2 * 2 triangles over [0, 1]^2.
-SceneSPtr makeTerrain(unsigned n)
-{
-    std::vector<Eigen::Vector3f> p, nrm;
-    p.reserve(size_t(n) * n);
-    nrm.reserve(size_t(n) * n);
-    for (unsigned y = 0; y < n; ++y)
-        for (unsigned x = 0; x < n; ++x) {
-            const float u = float(x) / float(n - 1), v = float(y) / float(n - 1);
-            p.emplace_back(u, v, 0.02f * std::sin(u * 40.0f) * std::cos(v * 37.0f));
-            nrm.emplace_back(0.0f, 0.0f, 1.0f);
-        }
-    std::vector<uint32_t> idx;
-    idx.reserve(size_t(n - 1) * (n - 1) * 6);
-    for (unsigned y = 0; y + 1 < n; ++y)
-        for (unsigned x = 0; x + 1 < n; ++x) {
-            const uint32_t a = y * n + x, b = a + 1, c = a + n, d = c + 1;
-            idx.insert(idx.end(), {a, b, d, a, d, c});
-        }
-    std::vector<SubMesh> subs;
-    subs.emplace_back(makeBuffer(std::move(idx)), PrimitiveType::Triangles, 3, nullptr);
-    auto data = std::make_shared<Mesh::Data>(makeBuffer(std::move(p)), makeBuffer(std::move(nrm)), nullptr, nullptr,
-                                             nullptr, std::vector<Vec2BufferUPtr>(), std::move(subs));
-    auto entity = std::make_shared<Entity>("terrain_high", std::make_unique<LocationComponent>(),
-                                           std::make_unique<MeshDisplayComponent>(std::make_shared<Mesh>(data)));
-    return std::make_shared<Scene>(std::vector<Entity::SPtr>{entity});
-}
-
-double now()
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 } // namespace
 
