@@ -6,6 +6,7 @@
 #include "baking/detail/BackendRunner.h"
 #include "baking/detail/CurvatureParams.h"
 #include "baking/detail/DetailKernels.h"
+#include "baking/detail/DetailNormalsBuilder.h"
 #include "baking/detail/DetailValueMaps.h"
 #include "baking/detail/PositionParams.h"
 #include "baking/detail/SceneBox.h"
@@ -23,6 +24,7 @@
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <stdexcept>
 
 namespace Ond::Baking {
@@ -164,7 +166,8 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
         flags |= BakeJobFlags::FilterSecondaryById;
     if (m_kind == Color)
         flags |= BakeJobFlags::GrabColors;
-    if ((m_kind == AmbientOcclusion || m_kind == Curvature1) && !path(bag, "Additional.NormalMap").isEmpty())
+    const bool normalMapKind = m_kind == AmbientOcclusion || m_kind == Curvature1;
+    if (normalMapKind && !path(bag, "Additional.NormalMap").isEmpty())
         flags |= BakeJobFlags::GrabUvs;
     if (ignoreBackface)
         flags |= BakeJobFlags::IgnoreBackface;
@@ -186,6 +189,20 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
     const int distribution = value<int>(bag, "Detail.SecondaryCommon.Distribution", 1);
     const float spread = value<float>(bag, "Detail.SecondaryCommon.Spread", 180.0f);
     const int sampleCount = std::clamp(value<int>(bag, "Detail.SecondaryCommon.NbSecondary", 64), 1, 256);
+
+    // The low mesh's own normal map stands in for the detail it lacks.
+    std::optional<DetailNormals> detailNormals;
+    if (lowAsHigh && normalMapKind && low) {
+        DetailNormalsSource source;
+        source.path = path(bag, "Additional.NormalMap");
+        source.worldSpace = value<bool>(bag, "Additional.NormalWorldSpace", false);
+        source.invertGreen = value<int>(bag, "Additional.InvertGreen", 1) == 1;
+        source.uvSet = uint32_t(uvSet);
+        source.uvTile = {uvTile.x, uvTile.y};
+        detailNormals = buildDetailNormals(context, *low, source);
+        // The grabbed UVs address the map: they are the low mesh's own.
+        job.highUvSet = uvSet;
+    }
 
     AOParams aoParams;
     BentNormalsParams bentParams;
@@ -222,6 +239,7 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
         aoParams.maxDistance = maxDistance;
         aoParams.cullMode = uint32_t(value<int>(bag, "Detail.SecondaryCommon.IgnoreBackfaceSecondary", 0));
         aoParams.attenuation = value<int>(bag, "Detail.AO.Attenuation", 2);
+        aoParams.detailNormals = detailNormals ? &*detailNormals : nullptr;
         aoParams.groundPlane = value<bool>(bag, "Detail.AO.GroundPlane", false);
         aoParams.groundY = box.minimum[1] - std::max(1.0f, std::fabs(box.minimum[1])) * 1.1920929e-07f
             - value<float>(bag, "Detail.AO.GroundOffset", 0.0f);
@@ -297,6 +315,7 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
         curvature1Params.minDistance = 0.0f;
         curvature1Params.maxDistance = 0.0f;
         curvature1Params.cullMode = 0;
+        curvature1Params.detailNormals = detailNormals ? &*detailNormals : nullptr;
         curvature1Params.radius = value<float>(bag, "Detail.Curvature1.SamplingRadius", 0.001f) * distanceScale;
         job.kind = BakeJobKind::Curvature1;
         job.params = &curvature1Params;

@@ -33,21 +33,12 @@ bool NormalWSMapBaker::isAvailable(QString* why) const
     return checkGlVersion33(why);
 }
 
-Surfaces::SurfaceSPtr NormalWSMapBaker::process(AbstractBakingContext& context, const SceneGraph::SceneSPtr& scene)
+Surfaces::SurfaceSPtr NormalWSMapBaker::renderWorldSpaceNormals(AbstractBakingContext& context,
+                                                                const SceneGraph::Scene* scene,
+                                                                const GLBakeParameters& parameters, const QSize& size,
+                                                                const Surfaces::SurfaceSPtr& map)
 {
-    using namespace LowPolyProperties;
-    const PropertyBag& bag = properties();
-    const ComparableInt2 uvTile = value<ComparableInt2>(bag, "Common.UVTile", {});
-    GLBakeParameters parameters;
-    parameters.uvSet = uint32_t(std::max(value<int>(bag, "Common.UVSet", 0), 0));
-    parameters.uvTile = {uvTile.x, uvTile.y};
-    parameters.invertGreen = value<int>(bag, "Additional.InvertGreen", 0) == 1;
-    parameters.setBakeType(uint32_t(value<int>(bag, "NWS.BakeType", 0)));
-    parameters.tileCallback = true;
-
-    Surfaces::SurfaceSPtr output = makeLowPolyOutput(outputSize());
-    const Surfaces::SurfaceSPtr map = loadSourceMap(context, path(bag, "Additional.NormalMap"));
-
+    Surfaces::SurfaceSPtr output = makeLowPolyOutput(size);
     SurfaceTileGrid outputGrid;
     SurfaceTileGrid mapGrid;
     if (map) {
@@ -81,6 +72,23 @@ Surfaces::SurfaceSPtr NormalWSMapBaker::process(AbstractBakingContext& context, 
         };
         runTileLoop(context, *scene, pass, outputGrid, map ? &mapGrid : nullptr);
     }
+    return output;
+}
+
+Surfaces::SurfaceSPtr NormalWSMapBaker::process(AbstractBakingContext& context, const SceneGraph::SceneSPtr& scene)
+{
+    using namespace LowPolyProperties;
+    const PropertyBag& bag = properties();
+    const ComparableInt2 uvTile = value<ComparableInt2>(bag, "Common.UVTile", {});
+    GLBakeParameters parameters;
+    parameters.uvSet = uint32_t(std::max(value<int>(bag, "Common.UVSet", 0), 0));
+    parameters.uvTile = {uvTile.x, uvTile.y};
+    parameters.invertGreen = value<int>(bag, "Additional.InvertGreen", 0) == 1;
+    parameters.setBakeType(uint32_t(value<int>(bag, "NWS.BakeType", 0)));
+    parameters.tileCallback = true;
+
+    Surfaces::SurfaceSPtr output = renderWorldSpaceNormals(context, scene.get(), parameters, outputSize(),
+                                                           loadSourceMap(context, path(bag, "Additional.NormalMap")));
     finishLowPolyMap(context, output, value<int>(bag, "Common.DilationWidth", 1),
                      value<bool>(bag, "Common.ApplyDiffusion", true));
     return output;

@@ -12,6 +12,7 @@
 #include <QDir>
 
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 #include <vector>
 
@@ -29,25 +30,37 @@ SurfaceSPtr toRgbaFloat(const SurfaceSPtr& surface)
     return out;
 }
 
-// Bakes one map of box_low from box_high at 512 by 512 with few rays.
-SurfaceSPtr bake(const QString& baker)
+QStringList fromHighBox()
+{
+    return {QStringLiteral("--highdef-mesh"), ZmfTest::testDataDir() + QStringLiteral("/box_high.obj")};
+}
+
+// The low box as its own high mesh, with the options that name its normal map.
+QStringList lowAsHigh(const QStringList& normalMap = {})
+{
+    return QStringList{QStringLiteral("--use-lowdef-as-highdef"), QStringLiteral("true")} + normalMap;
+}
+
+QString testFile(const char* name)
+{
+    return ZmfTest::testDataDir() + '/' + QLatin1String(name);
+}
+
+// Bakes one map of box_low at 512 by 512 with few rays; `log` gets what the
+// run printed.
+SurfaceSPtr bake(const QString& baker, const QStringList& source = fromHighBox(), QString* log = nullptr)
 {
     Ond::Surfaces::registerDefaultCodecs();
     const QString dir = ZmfTest::makeTempDir();
-    const QStringList args{baker,
-                           ZmfTest::testDataDir() + QStringLiteral("/box_low.obj"),
-                           QStringLiteral("--highdef-mesh"),
-                           ZmfTest::testDataDir() + QStringLiteral("/box_high.obj"),
-                           QStringLiteral("--output-size"),
-                           QStringLiteral("9,9"),
-                           QStringLiteral("--nb-second-rays"),
-                           QStringLiteral("16"),
-                           QStringLiteral("--output-format"),
-                           QStringLiteral("tif"),
-                           QStringLiteral("--output-path"),
-                           dir};
+    QStringList args{baker, ZmfTest::testDataDir() + QStringLiteral("/box_low.obj")};
+    args << source
+         << QStringList{QStringLiteral("--output-size"), QStringLiteral("9,9"), QStringLiteral("--nb-second-rays"),
+                        QStringLiteral("16"), QStringLiteral("--output-format"), QStringLiteral("tif"),
+                        QStringLiteral("--output-path"), dir};
     const ZmfTest::ProcessResult result = ZmfTest::runZmfbaker(args);
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    if (log)
+        *log = result.out + result.err;
     const QStringList files = QDir(dir).entryList(QDir::Files);
     EXPECT_EQ(files.size(), 1);
     if (files.size() != 1)
@@ -123,4 +136,57 @@ TEST(SecondaryRayMapsCommandLine, BoxBentNormalsThicknessAndCurvature)
     EXPECT_NEAR(quantile(curv, 0.5), 0.5f, 0.01f);
     EXPECT_LT(quantile(curv, 0.01), 0.45f);
     EXPECT_GT(quantile(curv, 0.99), 0.53f);
+}
+
+TEST(SecondaryRayMapsCommandLine, LowBoxNormalMapBringsItsDetailIntoOcclusionAndCurvature)
+{
+    const QStringList tangentMap{QStringLiteral("--normal"), testFile("box_1024_normal_tangent.png"),
+                                 QStringLiteral("--normal-format"), QStringLiteral("0")};
+    const QStringList objectMap{QStringLiteral("--normal"), testFile("box_1024_normal_object.png"),
+                                QStringLiteral("--normal-world-space"), QStringLiteral("true")};
+    const QString ao = QStringLiteral("ambient-occlusion-from-mesh");
+    const SurfaceSPtr plain = bake(ao, lowAsHigh());
+    const SurfaceSPtr tangent = bake(ao, lowAsHigh(tangentMap));
+    const SurfaceSPtr object = bake(ao, lowAsHigh(objectMap));
+    QString log;
+    const SurfaceSPtr unreadable =
+        bake(ao, lowAsHigh({QStringLiteral("--normal"), testFile("no_such_map.png")}), &log);
+    ASSERT_TRUE(plain && tangent && object && unreadable);
+
+    const std::vector<float> p = inside(plain, 0), t = inside(tangent, 0), o = inside(object, 0);
+    const std::vector<float> u = inside(unreadable, 0);
+    ASSERT_EQ(p.size(), t.size());
+    double meanGap = 0.0, maxGap = 0.0, unreadableGap = 0.0;
+    for (size_t i = 0; i < t.size(); ++i) {
+        meanGap += std::fabs(t[i] - o[i]);
+        maxGap = std::max(maxGap, double(std::fabs(t[i] - o[i])));
+        unreadableGap = std::max(unreadableGap, double(std::fabs(u[i] - p[i])));
+    }
+    meanGap /= double(t.size());
+    std::cout << "occlusion of the low box, p001/p01: alone " << quantile(p, 0.001) << "/" << quantile(p, 0.01)
+              << ", tangent map " << quantile(t, 0.001) << "/" << quantile(t, 0.01) << "; tangent against object "
+              << "map: mean gap " << meanGap << ", largest " << maxGap << std::endl;
+
+    // A convex box alone is open everywhere; its normal map's panel, hole,
+    // dome, grooves and recess tilt the hemisphere and darken the creases.
+    EXPECT_GT(quantile(p, 0.01), 0.99f);
+    EXPECT_LT(quantile(t, 0.01), 0.95f);
+    EXPECT_LT(quantile(t, 0.001), quantile(p, 0.001) - 0.05f);
+    // The same detail given in world space leads to the same map.
+    EXPECT_LT(meanGap, 0.001);
+    EXPECT_LT(maxGap, 0.2);
+    // A map that does not load is said, and the bake goes on without it.
+    EXPECT_TRUE(log.contains(QStringLiteral("Could not load the normal map '"))) << log.toStdString();
+    EXPECT_EQ(unreadableGap, 0.0);
+
+    const QString fit = QStringLiteral("curvature-from-mesh-v2");
+    const std::vector<float> flat = inside(bake(fit, lowAsHigh()), 0);
+    const std::vector<float> detailed = inside(bake(fit, lowAsHigh(tangentMap)), 0);
+    std::cout << "surface-fit curvature of the low box, p01/p50/p99: alone " << quantile(flat, 0.01) << "/"
+              << quantile(flat, 0.5) << "/" << quantile(flat, 0.99) << ", tangent map " << quantile(detailed, 0.01)
+              << "/" << quantile(detailed, 0.5) << "/" << quantile(detailed, 0.99) << std::endl;
+    // Without detail nothing inside the faces is concave; the grooves and
+    // the hole's rim are.
+    EXPECT_GT(quantile(flat, 0.01), 0.49f);
+    EXPECT_LT(quantile(detailed, 0.01), 0.45f);
 }
