@@ -3,9 +3,11 @@
 // bag lacks, so that a baker runs on what it was given.
 
 #include "baking/PropertyBag.h"
+#include "baking/lowpoly/GLBakeParameters.h"
 
 #include <QString>
 
+#include <algorithm>
 #include <string>
 #include <type_traits>
 #include <variant>
@@ -35,6 +37,18 @@ T value(const PropertyBag& bag, const std::string& id, T fallback)
 inline QString path(const PropertyBag& bag, const std::string& id)
 {
     return QString::fromStdString(value<std::string>(bag, id, std::string()));
+}
+
+// What every low-poly bake reads first: its UV set, its UV tile and the
+// green convention of its source normal map.
+inline GLBakeParameters commonParameters(const PropertyBag& bag)
+{
+    const ComparableInt2 uvTile = value<ComparableInt2>(bag, "Common.UVTile", {});
+    GLBakeParameters parameters;
+    parameters.uvSet = uint32_t(std::max(value<int>(bag, "Common.UVSet", 0), 0));
+    parameters.uvTile = {uvTile.x, uvTile.y};
+    parameters.invertGreen = value<int>(bag, "Additional.InvertGreen", 0) == 1;
+    return parameters;
 }
 
 } // namespace Ond::Baking::LowPolyProperties

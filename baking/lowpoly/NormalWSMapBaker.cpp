@@ -79,11 +79,7 @@ Surfaces::SurfaceSPtr NormalWSMapBaker::process(AbstractBakingContext& context, 
 {
     using namespace LowPolyProperties;
     const PropertyBag& bag = properties();
-    const ComparableInt2 uvTile = value<ComparableInt2>(bag, "Common.UVTile", {});
-    GLBakeParameters parameters;
-    parameters.uvSet = uint32_t(std::max(value<int>(bag, "Common.UVSet", 0), 0));
-    parameters.uvTile = {uvTile.x, uvTile.y};
-    parameters.invertGreen = value<int>(bag, "Additional.InvertGreen", 0) == 1;
+    GLBakeParameters parameters = commonParameters(bag);
     parameters.setBakeType(uint32_t(value<int>(bag, "NWS.BakeType", 0)));
     parameters.tileCallback = true;
 

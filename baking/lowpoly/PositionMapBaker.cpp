@@ -63,14 +63,11 @@ Surfaces::SurfaceSPtr PositionMapBaker::process(AbstractBakingContext& context, 
 {
     using namespace LowPolyProperties;
     const PropertyBag& bag = properties();
-    const ComparableInt2 uvTile = value<ComparableInt2>(bag, "Common.UVTile", {});
     const int mode = value<int>(bag, "Position.Mode", 0);
     const int normalization = value<int>(bag, "Position.Normalization", 1);
     const uint32_t boxMask = value<int>(bag, "Position.NormalizationScale", 1) == 1 ? 1u : 2u;
 
-    GLBakeParameters parameters;
-    parameters.uvSet = uint32_t(std::max(value<int>(bag, "Common.UVSet", 0), 0));
-    parameters.uvTile = {uvTile.x, uvTile.y};
+    const GLBakeParameters parameters = commonParameters(bag);
 
     PositionEncoding encoding;
     encoding.channel = value<int>(bag, "Position.Axis", 0);

@@ -38,11 +38,7 @@ Surfaces::SurfaceSPtr WorldDirectionMapBaker::process(AbstractBakingContext& con
 {
     using namespace LowPolyProperties;
     const PropertyBag& bag = properties();
-    const ComparableInt2 uvTile = value<ComparableInt2>(bag, "Common.UVTile", {});
-    GLBakeParameters parameters;
-    parameters.uvSet = uint32_t(std::max(value<int>(bag, "Common.UVSet", 0), 0));
-    parameters.uvTile = {uvTile.x, uvTile.y};
-    parameters.invertGreen = value<int>(bag, "Additional.InvertGreen", 0) != 0;
+    GLBakeParameters parameters = commonParameters(bag);
 
     bool constant = value<int>(bag, "WorldDirection.ConstDirection", 1) == 1;
     Eigen::Vector3f direction = Eigen::Vector3f::Zero();
