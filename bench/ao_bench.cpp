@@ -13,6 +13,7 @@
 #include "baking/detail/RaytracerEmbree.h"
 #include "baking/detail/SurfaceFrame.h"
 
+#include "bench/PlaneSeeds.h"
 #include "bench/TerrainScene.h"
 
 #include <QCoreApplication>
@@ -88,8 +89,7 @@ void recordRays(const EmbreeScene& scene, const AOTraits& traits, const DetailBa
 // Bare rtcIntersect1 over the recorded rays, split over `threads`; only
 // this loop is timed, recording is not.
 Ceiling measureCeiling(const EmbreeScene& scene, const AOTraits& traits, const DetailBakeJob& job,
-                       const BakeTiling& tiling, const std::vector<std::vector<float>>& origins,
-                       const std::vector<std::vector<float>>& directions, unsigned threads)
+                       const BakeTiling& tiling, const ZmfBench::PlaneSeeds& seeds, unsigned threads)
 {
     constexpr unsigned rowsPerChunk = 32;
     Ceiling ceiling;
@@ -104,8 +104,8 @@ Ceiling measureCeiling(const EmbreeScene& scene, const AOTraits& traits, const D
                         chunks[w].clear();
                         const unsigned r0 = std::min(row + w * rowsPerChunk, tiling.tileHeight);
                         const unsigned r1 = std::min(r0 + rowsPerChunk, tiling.tileHeight);
-                        recordRays(scene, traits, job, tiling, tx, ty, origins[tile].data(),
-                                   directions[tile].data(), r0, r1, chunks[w]);
+                        recordRays(scene, traits, job, tiling, tx, ty, seeds.origins[tile].data(),
+                                   seeds.directions[tile].data(), r0, r1, chunks[w]);
                     });
                 for (std::thread& worker : workers)
                     worker.join();
@@ -202,24 +202,7 @@ int main(int argc, char** argv)
     job.params = &params;
     const BakeTiling tiling = computeTiling(job);
 
-    // Seeds of every tile on the plane z = 0 looking up, made before timing.
-    const size_t tileSamples = size_t(tiling.tileWidth) * tiling.tileHeight;
-    std::vector<std::vector<float>> origins, directions;
-    for (unsigned ty = 0; ty < tiling.rasterTilesY; ++ty)
-        for (unsigned tx = 0; tx < tiling.rasterTilesX; ++tx) {
-            std::vector<float> o(tileSamples * 4), d(tileSamples * 4, 0.0f);
-            for (unsigned y = 0; y < tiling.tileHeight; ++y)
-                for (unsigned x = 0; x < tiling.tileWidth; ++x) {
-                    const size_t k = size_t(y) * tiling.tileWidth + x;
-                    o[k * 4 + 0] = (float(tx * tiling.tileWidth + x) + 0.5f) / float(size);
-                    o[k * 4 + 1] = (float(ty * tiling.tileHeight + y) + 0.5f) / float(size);
-                    o[k * 4 + 2] = 0.0f;
-                    o[k * 4 + 3] = 1.0f;
-                    d[k * 4 + 2] = 1.0f;
-                }
-            origins.push_back(std::move(o));
-            directions.push_back(std::move(d));
-        }
+    const ZmfBench::PlaneSeeds seeds = ZmfBench::makePlaneSeeds(tiling, size);
 
     BakeResult result;
     result.surface.reset(new Ond::Surfaces::Surface(
@@ -229,17 +212,7 @@ int main(int argc, char** argv)
     tracer.init(job, tiling, result);
     const double initSeconds = now() - t0;
     t0 = now();
-    size_t i = 0;
-    for (unsigned ty = 0; ty < tiling.rasterTilesY; ++ty)
-        for (unsigned tx = 0; tx < tiling.rasterTilesX; ++tx, ++i) {
-            RayTile tile;
-            tile.tileX = tx;
-            tile.tileY = ty;
-            tile.origins = origins[i].data();
-            tile.directions = directions[i].data();
-            tracer.traceTile(job, tiling, result, tile);
-        }
-    tracer.finish(job, tiling, result);
+    ZmfBench::traceAllTiles(tracer, job, tiling, result, seeds);
     const double computeSeconds = now() - t0;
 
     double sum = 0.0;
@@ -249,7 +222,7 @@ int main(int argc, char** argv)
     const double texels = double(size) * size;
     const unsigned threads = unsigned(std::max(1, QThreadPool::globalInstance()->maxThreadCount()));
     const AOTraits traits(job, *tracer.scene());
-    const Ceiling ceiling = measureCeiling(*tracer.scene(), traits, job, tiling, origins, directions, threads);
+    const Ceiling ceiling = measureCeiling(*tracer.scene(), traits, job, tiling, seeds, threads);
     const double engineRate = ceiling.rays / computeSeconds / 1e6;
     const double ceilingRate = ceiling.rays / ceiling.seconds / 1e6;
 

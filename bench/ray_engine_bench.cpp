@@ -4,6 +4,7 @@
 
 #include "baking/detail/RaytracerEmbree.h"
 
+#include "bench/PlaneSeeds.h"
 #include "bench/TerrainScene.h"
 
 #include <QCoreApplication>
@@ -57,32 +58,11 @@ int main(int argc, char** argv)
     const double buildSeconds = now() - t0;
     const GrabbedMesh& mesh = tracer.scene()->mesh();
 
-    // Seeds of every tile, on the plane z = 0 looking up.
-    const size_t tileSamples = size_t(tiling.tileWidth) * tiling.tileHeight;
-    std::vector<float> origins(tileSamples * 4), directions(tileSamples * 4);
-    auto seed = [&](unsigned tx, unsigned ty) {
-        for (unsigned y = 0; y < tiling.tileHeight; ++y)
-            for (unsigned x = 0; x < tiling.tileWidth; ++x) {
-                const size_t k = size_t(y) * tiling.tileWidth + x;
-                origins[k * 4 + 0] = (float(tx * tiling.tileWidth + x) + 0.5f) / float(size);
-                origins[k * 4 + 1] = (float(ty * tiling.tileHeight + y) + 0.5f) / float(size);
-                origins[k * 4 + 2] = 0.0f;
-                origins[k * 4 + 3] = 1.0f;
-                directions[k * 4 + 0] = 0.0f;
-                directions[k * 4 + 1] = 0.0f;
-                directions[k * 4 + 2] = 1.0f;
-                directions[k * 4 + 3] = 0.0f;
-            }
-    };
-
     // All tiles seeded up front, so that neither timing includes seeding.
-    std::vector<std::vector<float>> allOrigins, allDirections;
-    for (unsigned ty = 0; ty < tiling.rasterTilesY; ++ty)
-        for (unsigned tx = 0; tx < tiling.rasterTilesX; ++tx) {
-            seed(tx, ty);
-            allOrigins.push_back(origins);
-            allDirections.push_back(directions);
-        }
+    const ZmfBench::PlaneSeeds seeds = ZmfBench::makePlaneSeeds(tiling, size);
+    const std::vector<std::vector<float>>& allOrigins = seeds.origins;
+    const std::vector<std::vector<float>>& allDirections = seeds.directions;
+    const size_t tileSamples = size_t(tiling.tileWidth) * tiling.tileHeight;
 
     // Best of three rounds each, alternating, against a loaded machine.
     const float tfar = job.maxHeight + job.maxDepth + 1.1920929e-07f;
@@ -130,17 +110,7 @@ int main(int argc, char** argv)
         if (round > 0)
             tracer.init(job, tiling, result);  // the scene is kept: same key
         t0 = now();
-        size_t i = 0;
-        for (unsigned ty = 0; ty < tiling.rasterTilesY; ++ty)
-            for (unsigned tx = 0; tx < tiling.rasterTilesX; ++tx, ++i) {
-                RayTile tile;
-                tile.tileX = tx;
-                tile.tileY = ty;
-                tile.origins = allOrigins[i].data();
-                tile.directions = allDirections[i].data();
-                tracer.traceTile(job, tiling, result, tile);
-            }
-        tracer.finish(job, tiling, result);
+        ZmfBench::traceAllTiles(tracer, job, tiling, result, seeds);
         engineSeconds = std::min(engineSeconds, now() - t0);
     }
 
