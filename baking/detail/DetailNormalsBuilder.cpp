@@ -8,6 +8,7 @@
 #include "program/LogChannel.h"
 
 #include <QCoreApplication>
+#include <QUrl>
 
 namespace Ond::Baking {
 
@@ -43,10 +44,12 @@ std::optional<DetailNormals> buildDetailNormals(AbstractBakingContext& context, 
         return std::nullopt;
     Surfaces::SurfaceSPtr map = loadSourceMap(context, source.path);
     if (!map) {
-        Core::LogChannel().warning(
+        const QString shown =
+            source.path.startsWith(QLatin1String("file:")) ? QUrl(source.path).toLocalFile() : source.path;
+        Core::bakersChannel().warning(
             QCoreApplication::translate("Ond::Baking::DetailMapBaker",
                                         "Could not load the normal map '%1': the mesh's own normals are used.")
-                .arg(source.path));
+                .arg(shown));
         return std::nullopt;
     }
     map = toRgbaFloat(map);
