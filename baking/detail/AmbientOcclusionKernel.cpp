@@ -8,20 +8,9 @@
 
 namespace Ond::Baking {
 
-namespace {
-
-AOParams paramsOf(const DetailBakeJob& job)
-{
-    AOParams p = job.params ? *static_cast<const AOParams*>(job.params) : AOParams();
-    p.sampleCount = std::clamp(p.sampleCount, 1, 256);
-    return p;
-}
-
-} // namespace
-
 AOTraits::AOTraits(const DetailBakeJob& job, const EmbreeScene&)
-    : params(paramsOf(job)),
-      table(SampleDistribution(params.distribution), params.spreadAngle, unsigned(params.sampleCount)),
+    : params(SecondaryRay::paramsOf<AOParams>(job)),
+      table(SecondaryRay::sampleTableOf(params)),
       filterById((job.flags & BakeJobFlags::FilterSecondaryById) != 0),
       inv(params.maxDistance > 1e-7f ? 1.0f / params.maxDistance : 1.0f)
 {

@@ -3,24 +3,12 @@
 #include "baking/detail/StripJob.h"
 #include "baking/detail/SurfaceFrame.h"
 
-#include <algorithm>
 
 namespace Ond::Baking {
 
-namespace {
-
-BentNormalsParams paramsOf(const DetailBakeJob& job)
-{
-    BentNormalsParams p = job.params ? *static_cast<const BentNormalsParams*>(job.params) : BentNormalsParams();
-    p.sampleCount = std::clamp(p.sampleCount, 1, 256);
-    return p;
-}
-
-} // namespace
-
 BentNormalsTraits::BentNormalsTraits(const DetailBakeJob& job, const EmbreeScene&)
-    : params(paramsOf(job)),
-      table(SampleDistribution(params.distribution), params.spreadAngle, unsigned(params.sampleCount)),
+    : params(SecondaryRay::paramsOf<BentNormalsParams>(job)),
+      table(SecondaryRay::sampleTableOf(params)),
       filterById((job.flags & BakeJobFlags::FilterSecondaryById) != 0)
 {
 }

@@ -11,13 +11,6 @@ namespace Ond::Baking {
 
 namespace {
 
-Curvature1Params paramsOf(const DetailBakeJob& job)
-{
-    Curvature1Params p = job.params ? *static_cast<const Curvature1Params*>(job.params) : Curvature1Params();
-    p.sampleCount = std::clamp(p.sampleCount, 1, 256);
-    return p;
-}
-
 double dot3(const double* a, const double* b)
 {
     return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
@@ -43,8 +36,8 @@ float fitSphereCurvature(double W, const double* SP, const double* SN, double SP
 }
 
 Curvature1Traits::Curvature1Traits(const DetailBakeJob& job, const EmbreeScene&)
-    : params(paramsOf(job)),
-      table(SampleDistribution(params.distribution), params.spreadAngle, unsigned(params.sampleCount)),
+    : params(SecondaryRay::paramsOf<Curvature1Params>(job)),
+      table(SecondaryRay::sampleTableOf(params)),
       filterById((job.flags & BakeJobFlags::FilterSecondaryById) != 0)
 {
 }

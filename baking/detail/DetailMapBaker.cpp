@@ -189,6 +189,16 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
     const int distribution = value<int>(bag, "Detail.SecondaryCommon.Distribution", 1);
     const float spread = value<float>(bag, "Detail.SecondaryCommon.Spread", 180.0f);
     const int sampleCount = std::clamp(value<int>(bag, "Detail.SecondaryCommon.NbSecondary", 64), 1, 256);
+    const uint32_t backfaceCulling = uint32_t(value<int>(bag, "Detail.SecondaryCommon.IgnoreBackfaceSecondary", 0));
+    // The six leading fields the occlusion, bent-normal and thickness records share.
+    const auto secondaryRays = [&](auto& record, uint32_t cullMode) {
+        record.distribution = distribution;
+        record.spreadAngle = spread;
+        record.sampleCount = sampleCount;
+        record.minDistance = minDistance;
+        record.maxDistance = maxDistance;
+        record.cullMode = cullMode;
+    };
 
     // The low mesh's own normal map stands in for the detail it lacks.
     std::optional<DetailNormals> detailNormals;
@@ -232,12 +242,7 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
         break;
     }
     case AmbientOcclusion:
-        aoParams.distribution = distribution;
-        aoParams.spreadAngle = spread;
-        aoParams.sampleCount = sampleCount;
-        aoParams.minDistance = minDistance;
-        aoParams.maxDistance = maxDistance;
-        aoParams.cullMode = uint32_t(value<int>(bag, "Detail.SecondaryCommon.IgnoreBackfaceSecondary", 0));
+        secondaryRays(aoParams, backfaceCulling);
         aoParams.attenuation = value<int>(bag, "Detail.AO.Attenuation", 2);
         aoParams.detailNormals = detailNormals ? &*detailNormals : nullptr;
         aoParams.groundPlane = value<bool>(bag, "Detail.AO.GroundPlane", false);
@@ -247,12 +252,7 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
         job.params = &aoParams;
         break;
     case BentNormals:
-        bentParams.distribution = distribution;
-        bentParams.spreadAngle = spread;
-        bentParams.sampleCount = sampleCount;
-        bentParams.minDistance = minDistance;
-        bentParams.maxDistance = maxDistance;
-        bentParams.cullMode = uint32_t(value<int>(bag, "Detail.SecondaryCommon.IgnoreBackfaceSecondary", 0));
+        secondaryRays(bentParams, backfaceCulling);
         job.kind = BakeJobKind::BentNormals;
         job.params = &bentParams;
         break;
@@ -260,12 +260,7 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
         job.kind = BakeJobKind::Mask;
         break;
     case Thickness:
-        thicknessParams.distribution = distribution;
-        thicknessParams.spreadAngle = spread;
-        thicknessParams.sampleCount = sampleCount;
-        thicknessParams.minDistance = minDistance;
-        thicknessParams.maxDistance = maxDistance;
-        thicknessParams.cullMode = 0;
+        secondaryRays(thicknessParams, 0);
         job.kind = BakeJobKind::Thickness;
         job.params = &thicknessParams;
         break;

@@ -3,6 +3,10 @@
 // grabbed mesh, the hit point of a primary hit, and one traced ray.
 
 #include "baking/detail/RaytraceStrip.h"
+#include "baking/detail/SampleTable.h"
+#include "baking/detail/SecondaryRayParams.h"
+
+#include <algorithm>
 
 #include <cmath>
 
@@ -80,6 +84,23 @@ inline float trace(const EmbreeScene& scene, HitContext& context, RTCRayHit& rh,
 inline uint32_t rayId(const PrimaryHit& h, bool filterById)
 {
     return filterById ? h.scene->mesh().ids[h.primID] : 0u;
+}
+
+// The job's parameter record of type P, or P's defaults without one; the
+// sample count held to 1..256.
+template <typename P>
+P paramsOf(const DetailBakeJob& job)
+{
+    P p = job.params ? *static_cast<const P*>(job.params) : P();
+    p.sampleCount = std::clamp(p.sampleCount, 1, 256);
+    return p;
+}
+
+// The directions a record's secondary rays are laid out along.
+template <typename P>
+SampleTable sampleTableOf(const P& p)
+{
+    return SampleTable(SampleDistribution(p.distribution), p.spreadAngle, unsigned(p.sampleCount));
 }
 
 } // namespace Ond::Baking::SecondaryRay

@@ -3,24 +3,12 @@
 #include "baking/detail/StripJob.h"
 #include "baking/detail/SurfaceFrame.h"
 
-#include <algorithm>
 
 namespace Ond::Baking {
 
-namespace {
-
-ThicknessParams paramsOf(const DetailBakeJob& job)
-{
-    ThicknessParams p = job.params ? *static_cast<const ThicknessParams*>(job.params) : ThicknessParams();
-    p.sampleCount = std::clamp(p.sampleCount, 1, 256);
-    return p;
-}
-
-} // namespace
-
 ThicknessTraits::ThicknessTraits(const DetailBakeJob& job, const EmbreeScene&)
-    : params(paramsOf(job)),
-      table(SampleDistribution(params.distribution), params.spreadAngle, unsigned(params.sampleCount)),
+    : params(SecondaryRay::paramsOf<ThicknessParams>(job)),
+      table(SecondaryRay::sampleTableOf(params)),
       filterById((job.flags & BakeJobFlags::FilterSecondaryById) != 0),
       inv(params.maxDistance > 1e-7f ? 1.0f / params.maxDistance : 1.0f)
 {
