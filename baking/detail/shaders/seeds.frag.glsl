@@ -22,12 +22,6 @@ uniform float invertSkew;
 OND_SAMPLER(cagePosTex)
 #endif
 
-vec3 safe_normalize(vec3 v)
-{
-    float l = length(v);
-    return l > 1e-5 ? v / l : vec3(0.0);
-}
-
 void main()
 {
     output0 = vec4(position, 1.0);

@@ -10,12 +10,6 @@ uniform int use_normalmap;
 uniform int per_frag_binormal;
 #endif
 
-vec3 safe_normalize(vec3 v)
-{
-    float l = length(v);
-    return l > 1e-5 ? v / l : vec3(0.0);
-}
-
 void main()
 {
     // The frame as interpolated: renormalising would change what the

@@ -7,3 +7,9 @@
 #define OND_FRAGCOLOR ocolor0
 OND_OUT(vec4,ocolor0)
 vec3 hnormalize(vec4 v) { return v.xyz / v.w; }
+// Zero for a vector too short to have a direction.
+vec3 safe_normalize(vec3 v)
+{
+    float l = length(v);
+    return l > 1e-5 ? v / l : vec3(0.0);
+}
