@@ -85,6 +85,30 @@ inline void setProperty(Ond::Baking::PropertyBag& bag, const std::string& id, co
     Ond::Baking::setPropertyValue(bag, id, value);
 }
 
+// A fixture around one low-poly baker: output sides of 2^side and no
+// post-process, so that uncovered texels stay empty for the checks.
+template <class Baker, int Side>
+struct BakerFixture : ::testing::Test
+{
+    void SetUp() override
+    {
+        baker.init();
+        setProperty(baker.properties(), "Common.OutputSize", QVariant::fromValue(QSize(Side, Side)));
+        setProperty(baker.properties(), "Common.DilationWidth", 0);
+        setProperty(baker.properties(), "Common.ApplyDiffusion", false);
+    }
+
+    Ond::Surfaces::SurfaceSPtr bake(const SceneSPtr& scene)
+    {
+        Ond::Surfaces::SurfaceSPtr result;
+        inGL([&] { result = baker.process(context, scene); });
+        return result;
+    }
+
+    Baker baker;
+    RecordingContext context;
+};
+
 // Marks every part selected, as the bake run does for an empty selection.
 inline void selectAll(const Scene& scene, bool selected = true)
 {

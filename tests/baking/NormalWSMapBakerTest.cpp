@@ -26,26 +26,8 @@ Eigen::Vector3f decode(const Eigen::Vector4f& c)
     return Eigen::Vector3f(c.x(), c.y(), c.z()) * 2.0f - Eigen::Vector3f::Ones();
 }
 
-struct NormalBake : ::testing::Test
+struct NormalBake : BakerFixture<NormalWSMapBaker, 8>
 {
-    void SetUp() override
-    {
-        baker.init();
-        setProperty(baker.properties(), "Common.OutputSize", QVariant::fromValue(QSize(8, 8)));
-        // No post-process: uncovered texels must stay empty for the checks.
-        setProperty(baker.properties(), "Common.DilationWidth", 0);
-        setProperty(baker.properties(), "Common.ApplyDiffusion", false);
-    }
-
-    SurfaceSPtr bake(const SceneSPtr& scene)
-    {
-        SurfaceSPtr result;
-        inGL([&] { result = baker.process(context, scene); });
-        return result;
-    }
-
-    NormalWSMapBaker baker;
-    RecordingContext context;
 };
 
 } // namespace

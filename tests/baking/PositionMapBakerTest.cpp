@@ -12,25 +12,8 @@ using Ond::Surfaces::SurfaceSPtr;
 
 namespace {
 
-struct PositionBake : ::testing::Test
+struct PositionBake : BakerFixture<PositionMapBaker, 6>
 {
-    void SetUp() override
-    {
-        baker.init();
-        setProperty(baker.properties(), "Common.OutputSize", QVariant::fromValue(QSize(6, 6)));
-        setProperty(baker.properties(), "Common.DilationWidth", 0);
-        setProperty(baker.properties(), "Common.ApplyDiffusion", false);
-    }
-
-    SurfaceSPtr bake(const SceneSPtr& scene)
-    {
-        SurfaceSPtr result;
-        inGL([&] { result = baker.process(context, scene); });
-        return result;
-    }
-
-    PositionMapBaker baker;
-    RecordingContext context;
 };
 
 // A slanted quad from (1, -2, 3) along x by 4 and along (y, z) by (1, 2):

@@ -13,26 +13,13 @@ using Ond::Surfaces::SurfaceSPtr;
 
 namespace {
 
-struct DirectionBake : ::testing::Test
+struct DirectionBake : BakerFixture<WorldDirectionMapBaker, 5>
 {
     void SetUp() override
     {
-        baker.init();
-        setProperty(baker.properties(), "Common.OutputSize", QVariant::fromValue(QSize(5, 5)));
-        setProperty(baker.properties(), "Common.DilationWidth", 0);
-        setProperty(baker.properties(), "Common.ApplyDiffusion", false);
+        BakerFixture::SetUp();
         setProperty(baker.properties(), "Additional.InvertGreen", 0);
     }
-
-    SurfaceSPtr bake(const SceneSPtr& scene)
-    {
-        SurfaceSPtr result;
-        inGL([&] { result = baker.process(context, scene); });
-        return result;
-    }
-
-    WorldDirectionMapBaker baker;
-    RecordingContext context;
 };
 
 Eigen::Vector3f decode(const Eigen::Vector4f& c)
