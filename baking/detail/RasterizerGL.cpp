@@ -286,14 +286,11 @@ void RasterizerGL::drain(Slot& slot, const DetailBakeJob& job, const BakeTiling&
 void RasterizerGL::rasterize(const DetailBakeJob& job, const BakeTiling& tiling, BakeResult& result,
                              RaytracerBase& raytracer)
 {
+    const RasterTileOrder order(tiling);
+    if (order.count() == 0)
+        return;
     const unsigned nx = tiling.rasterTilesX;
     const unsigned ny = tiling.rasterTilesY;
-    const unsigned bx = tiling.outputBlocksX;
-    const unsigned by = tiling.outputBlocksY;
-    if (nx == 0 || ny == 0 || bx == 0 || by == 0)
-        return;
-    const unsigned cx = nx / bx;
-    const unsigned cy = ny / by;
     const int tw = int(tiling.tileWidth);
     const int th = int(tiling.tileHeight);
     if (!m_slots[0].positions || m_slotWidth != tiling.tileWidth || m_slotHeight != tiling.tileHeight)
@@ -329,15 +326,12 @@ void RasterizerGL::rasterize(const DetailBakeJob& job, const BakeTiling& tiling,
     glDisable(GL_BLEND);
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
 
-    const unsigned count = nx * ny;
     unsigned i = 0;
-    for (; i < count; ++i) {
+    for (; i < order.count(); ++i) {
         if (job.context && job.context->isCancelled())
             return;
-        const unsigned block = i / (cx * cy);
-        const unsigned within = i % (cx * cy);
-        const unsigned tileX = (block % bx) * cx + within % cx;
-        const unsigned tileY = (block / bx) * cy + within / cx;
+        unsigned tileX = 0, tileY = 0;
+        order.tile(i, tileX, tileY);
 
         Slot& slot = m_slots[i % SlotCount];
         drain(slot, job, tiling, result, raytracer);
