@@ -2,39 +2,17 @@
 // independent reference bake: the same reach and distribution, fewer rays
 // and half the size to keep the suite quick, compared by correlation.
 
-#include "common/ProcessRunner.h"
-#include "common/TestPaths.h"
-#include "image/DefaultCodecs.h"
-#include "image/FileTextureLoader.h"
-#include "image/Surface.h"
+#include "BoxPairTestUtil.h"
 
 #include <gtest/gtest.h>
-
-#include <QDir>
 
 #include <cmath>
 #include <iostream>
 #include <vector>
 
-using Ond::Surfaces::PixelFormat;
 using Ond::Surfaces::SurfaceSPtr;
 
 namespace {
-
-SurfaceSPtr toRgbaFloat(const SurfaceSPtr& surface)
-{
-    if (!surface || surface->format() == PixelFormat::RGBA32F)
-        return surface;
-    auto out = SurfaceSPtr::create();
-    Ond::Surfaces::convert(*surface, *out, PixelFormat::RGBA32F);
-    return out;
-}
-
-SurfaceSPtr load(const QString& path)
-{
-    Ond::Surfaces::registerDefaultCodecs();
-    return toRgbaFloat(Ond::Surfaces::FileTextureLoader::load(path));
-}
 
 // The reference at half size: a texel is covered when its four are, and
 // its value is their mean.
@@ -66,22 +44,6 @@ HalfSize halve(const SurfaceSPtr& mask, const SurfaceSPtr& ao)
     return out;
 }
 
-// Covered texels whose (2r + 1)^2 neighbourhood is covered too: island
-// borders are where two rasterisers may disagree by a texel.
-std::vector<char> erode(const std::vector<char>& inside, int n, int radius)
-{
-    std::vector<char> out(inside.size(), 0);
-    for (int y = radius; y < n - radius; ++y)
-        for (int x = radius; x < n - radius; ++x) {
-            bool all = true;
-            for (int dy = -radius; dy <= radius && all; ++dy)
-                for (int dx = -radius; dx <= radius && all; ++dx)
-                    all = inside[size_t(y + dy) * n + x + dx] != 0;
-            out[size_t(y) * n + x] = all;
-        }
-    return out;
-}
-
 } // namespace
 
 TEST(AmbientOcclusionReference, BoxOcclusionCorrelatesWithTheReferenceBake)
@@ -90,39 +52,31 @@ TEST(AmbientOcclusionReference, BoxOcclusionCorrelatesWithTheReferenceBake)
     // surface reaching 0.1 behind it, cosine-distributed occlusion rays of
     // reach 0.2 counted without attenuation, back faces occluding. 64 rays
     // at 512 by 512 instead of 256 at 1024 by 1024.
-    const QString dir = ZmfTest::makeTempDir();
-    const QStringList args{QStringLiteral("ambient-occlusion-from-mesh"),
-                           ZmfTest::testDataDir() + QStringLiteral("/box_low.obj"),
-                           QStringLiteral("--highdef-mesh"), ZmfTest::testDataDir() + QStringLiteral("/box_high.obj"),
-                           QStringLiteral("--output-size"), QStringLiteral("9,9"),
-                           QStringLiteral("--relative-to-bbox"), QStringLiteral("false"),
-                           QStringLiteral("--max-frontal"), QStringLiteral("0.1"),
-                           QStringLiteral("--max-rear"), QStringLiteral("0.1"),
-                           QStringLiteral("--average-normals"), QStringLiteral("false"),
-                           QStringLiteral("--ignore-backface"), QStringLiteral("false"),
-                           QStringLiteral("--max-dist-relative-scale"), QStringLiteral("false"),
-                           QStringLiteral("--max-dist"), QStringLiteral("0.2"),
-                           QStringLiteral("--min-dist"), QStringLiteral("0.0001"),
-                           QStringLiteral("--ray-distrib"), QStringLiteral("1"),
-                           QStringLiteral("--attenuation"), QStringLiteral("0"),
-                           QStringLiteral("--nb-second-rays"), QStringLiteral("64"),
-                           QStringLiteral("--dilation-width"), QStringLiteral("0"),
-                           QStringLiteral("--apply-diffusion"), QStringLiteral("false"),
-                           QStringLiteral("--output-format"), QStringLiteral("tif"),
-                           QStringLiteral("--output-path"), dir};
-    const ZmfTest::ProcessResult result = ZmfTest::runZmfbaker(args);
-    ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
-    const QStringList files = QDir(dir).entryList(QDir::Files);
-    ASSERT_EQ(files.size(), 1) << files.join(' ').toStdString();
-    const SurfaceSPtr baked = load(dir + '/' + files.front());
+    const QStringList options{QStringLiteral("--highdef-mesh"), BoxPair::testFile(QStringLiteral("box_high.obj")),
+                              QStringLiteral("--output-size"), QStringLiteral("9,9"),
+                              QStringLiteral("--relative-to-bbox"), QStringLiteral("false"),
+                              QStringLiteral("--max-frontal"), QStringLiteral("0.1"),
+                              QStringLiteral("--max-rear"), QStringLiteral("0.1"),
+                              QStringLiteral("--average-normals"), QStringLiteral("false"),
+                              QStringLiteral("--ignore-backface"), QStringLiteral("false"),
+                              QStringLiteral("--max-dist-relative-scale"), QStringLiteral("false"),
+                              QStringLiteral("--max-dist"), QStringLiteral("0.2"),
+                              QStringLiteral("--min-dist"), QStringLiteral("0.0001"),
+                              QStringLiteral("--ray-distrib"), QStringLiteral("1"),
+                              QStringLiteral("--attenuation"), QStringLiteral("0"),
+                              QStringLiteral("--nb-second-rays"), QStringLiteral("64"),
+                              QStringLiteral("--dilation-width"), QStringLiteral("0"),
+                              QStringLiteral("--apply-diffusion"), QStringLiteral("false"),
+                              QStringLiteral("--output-format"), QStringLiteral("tif")};
+    const SurfaceSPtr baked = BoxPair::bakeBoxLow(QStringLiteral("ambient-occlusion-from-mesh"), options);
     ASSERT_TRUE(baked);
     ASSERT_EQ(baked->width(), 512u);
 
-    const SurfaceSPtr mask = load(ZmfTest::testDataDir() + QStringLiteral("/box_1024_mask.png"));
-    const SurfaceSPtr ref = load(ZmfTest::testDataDir() + QStringLiteral("/box_1024_ao.png"));
+    const SurfaceSPtr mask = BoxPair::loadRgbaFloat(BoxPair::testFile(QStringLiteral("box_1024_mask.png")));
+    const SurfaceSPtr ref = BoxPair::loadRgbaFloat(BoxPair::testFile(QStringLiteral("box_1024_ao.png")));
     ASSERT_TRUE(mask && ref);
     const HalfSize half = halve(mask, ref);
-    const std::vector<char> inner = erode(half.covered, int(half.size), 2);
+    const std::vector<char> inner = BoxPair::erode(half.covered, int(half.size), int(half.size), 2);
 
     double n = 0, sa = 0, sb = 0, saa = 0, sbb = 0, sab = 0;
     for (unsigned y = 0; y < half.size; ++y)

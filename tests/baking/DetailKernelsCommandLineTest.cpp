@@ -1,64 +1,27 @@
 // Curvature and colour from mesh through the real binary on the reference
 // box pair, read inside the low mesh's UV islands.
 
-#include "common/ProcessRunner.h"
-#include "common/TestPaths.h"
-#include "image/DefaultCodecs.h"
-#include "image/FileTextureLoader.h"
-#include "image/Surface.h"
+#include "BoxPairTestUtil.h"
 
 #include <gtest/gtest.h>
 
-#include <QDir>
-
 #include <cmath>
 
-using Ond::Surfaces::PixelFormat;
+using BoxPair::loadRgbaFloat;
+using BoxPair::referenceIslands;
 using Ond::Surfaces::SurfaceSPtr;
 
 namespace {
-
-SurfaceSPtr loadRgbaFloat(const QString& path)
-{
-    Ond::Surfaces::registerDefaultCodecs();
-    SurfaceSPtr surface = Ond::Surfaces::FileTextureLoader::load(path);
-    if (!surface || surface->format() == PixelFormat::RGBA32F)
-        return surface;
-    auto out = SurfaceSPtr::create();
-    Ond::Surfaces::convert(*surface, *out, PixelFormat::RGBA32F);
-    return out;
-}
 
 // Bakes box_low against box_high (or `high`) at 1024 by 1024, the size of
 // the reference mask, and loads the one map written.
 SurfaceSPtr bake(const QString& baker, const QStringList& options = {}, const QString& high = "box_high.obj")
 {
-    const QString dir = ZmfTest::makeTempDir();
-    QStringList args{baker, ZmfTest::testDataDir() + QStringLiteral("/box_low.obj"), QStringLiteral("--highdef-mesh"),
-                     ZmfTest::testDataDir() + '/' + high, QStringLiteral("--output-size"),
-                     QStringLiteral("10,10"), QStringLiteral("--output-format"), QStringLiteral("tif"),
-                     QStringLiteral("--output-path"), dir};
-    args << options;
-    const ZmfTest::ProcessResult result = ZmfTest::runZmfbaker(args);
-    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
-    const QStringList files = QDir(dir).entryList(QDir::Files);
-    EXPECT_EQ(files.size(), 1) << files.join(' ').toStdString();
-    if (files.size() != 1)
-        return {};
-    return loadRgbaFloat(dir + '/' + files.front());
-}
-
-std::vector<char> islands()
-{
-    const SurfaceSPtr mask = loadRgbaFloat(ZmfTest::testDataDir() + QStringLiteral("/box_1024_mask.png"));
-    std::vector<char> inside;
-    if (!mask)
-        return inside;
-    inside.resize(size_t(mask->width()) * mask->height());
-    for (unsigned y = 0; y < mask->height(); ++y)
-        for (unsigned x = 0; x < mask->width(); ++x)
-            inside[size_t(y) * mask->width() + x] = mask->pixel<float>(x, y)[0] > 0.5f;
-    return inside;
+    return BoxPair::bakeBoxLow(baker,
+                               QStringList{QStringLiteral("--highdef-mesh"), BoxPair::testFile(high),
+                                           QStringLiteral("--output-size"), QStringLiteral("10,10"),
+                                           QStringLiteral("--output-format"), QStringLiteral("tif")}
+                                   + options);
 }
 
 } // namespace
@@ -66,7 +29,7 @@ std::vector<char> islands()
 TEST(DetailKernelsCommandLine, CurvatureOfTheBoxIsHalfOnItsFlatFaces)
 {
     const SurfaceSPtr map = bake(QStringLiteral("curvature-from-mesh"));
-    const std::vector<char> inside = islands();
+    const std::vector<char> inside = referenceIslands();
     ASSERT_TRUE(map);
     ASSERT_EQ(map->width(), 1024u);
     ASSERT_EQ(inside.size(), size_t(1024) * 1024);
@@ -94,7 +57,7 @@ TEST(DetailKernelsCommandLine, CurvatureOfTheBoxIsHalfOnItsFlatFaces)
 TEST(DetailKernelsCommandLine, ColorOfTheBoxIsOneColourForItsOnePart)
 {
     const SurfaceSPtr map = bake(QStringLiteral("color-from-mesh"));
-    const std::vector<char> inside = islands();
+    const std::vector<char> inside = referenceIslands();
     ASSERT_TRUE(map);
     ASSERT_EQ(inside.size(), size_t(map->width()) * map->height());
     const float* first = nullptr;
@@ -147,8 +110,8 @@ TEST(DetailKernelsCommandLine, TangentNormalTextureOfTheLowBoxOntoItselfIsTheTex
 {
     // To world space on the high mesh's frame and back on the low mesh's:
     // the same mesh, so the same map, in either green convention.
-    const QString texture = ZmfTest::testDataDir() + QStringLiteral("/box_1024_normal_tangent.png");
-    const std::vector<char> inside = islands();
+    const QString texture = BoxPair::testFile(QStringLiteral("box_1024_normal_tangent.png"));
+    const std::vector<char> inside = referenceIslands();
     const SurfaceSPtr source = loadRgbaFloat(texture);
     ASSERT_TRUE(source);
     for (const char* format : {"0", "1"}) {
@@ -168,8 +131,8 @@ TEST(DetailKernelsCommandLine, TextureOfTheLowBoxOntoItselfIsTheTexture)
 {
     // The reference object-space normal map as the texture of box_low, baked
     // back onto box_low: every texel well inside an island reads itself.
-    const QString texture = ZmfTest::testDataDir() + QStringLiteral("/box_1024_normal_object.png");
-    const std::vector<char> inside = islands();
+    const QString texture = BoxPair::testFile(QStringLiteral("box_1024_normal_object.png"));
+    const std::vector<char> inside = referenceIslands();
     const SurfaceSPtr source = loadRgbaFloat(texture);
     ASSERT_TRUE(source);
     for (const char* mode : {"0", "1"}) {

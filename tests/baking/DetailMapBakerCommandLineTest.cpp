@@ -2,11 +2,10 @@
 // normal maps against the independent reference bake, and the mask and
 // position maps against what the low mesh alone says.
 
+#include "BoxPairTestUtil.h"
+
 #include "common/ProcessRunner.h"
 #include "common/TestPaths.h"
-#include "image/DefaultCodecs.h"
-#include "image/FileTextureLoader.h"
-#include "image/Surface.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +17,6 @@
 #include <iostream>
 #include <vector>
 
-using Ond::Surfaces::PixelFormat;
 using Ond::Surfaces::SurfaceSPtr;
 
 namespace {
@@ -31,7 +29,7 @@ const QString kSize = QStringLiteral("10,10");
 // no dilation.
 QStringList referenceOptions()
 {
-    return {QStringLiteral("--highdef-mesh"), ZmfTest::testDataDir() + QStringLiteral("/box_high.obj"),
+    return {QStringLiteral("--highdef-mesh"), BoxPair::testFile(QStringLiteral("box_high.obj")),
             QStringLiteral("--output-size"), kSize,
             QStringLiteral("--relative-to-bbox"), QStringLiteral("false"),
             QStringLiteral("--max-frontal"), QStringLiteral("0.1"),
@@ -43,56 +41,15 @@ QStringList referenceOptions()
             QStringLiteral("--output-format"), QStringLiteral("tif")};
 }
 
-// Runs one baker on box_low and loads the one map it wrote as RGBA float.
-SurfaceSPtr bake(const QString& baker, const QStringList& options)
-{
-    Ond::Surfaces::registerDefaultCodecs();
-    const QString dir = ZmfTest::makeTempDir();
-    QStringList args{baker, ZmfTest::testDataDir() + QStringLiteral("/box_low.obj")};
-    args << options << QStringLiteral("--output-path") << dir;
-    const ZmfTest::ProcessResult result = ZmfTest::runZmfbaker(args);
-    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
-    const QStringList files = QDir(dir).entryList(QDir::Files);
-    EXPECT_EQ(files.size(), 1) << files.join(' ').toStdString();
-    if (files.size() != 1)
-        return {};
-    return Ond::Surfaces::FileTextureLoader::load(dir + '/' + files.front());
-}
-
-SurfaceSPtr toRgbaFloat(const SurfaceSPtr& surface)
-{
-    if (!surface || surface->format() == PixelFormat::RGBA32F)
-        return surface;
-    auto out = SurfaceSPtr::create();
-    Ond::Surfaces::convert(*surface, *out, PixelFormat::RGBA32F);
-    return out;
-}
-
 SurfaceSPtr reference(const char* name)
 {
-    Ond::Surfaces::registerDefaultCodecs();
-    return toRgbaFloat(Ond::Surfaces::FileTextureLoader::load(ZmfTest::testDataDir() + '/' + name));
+    return BoxPair::loadRgbaFloat(BoxPair::testFile(QLatin1String(name)));
 }
 
-// Covered texels of the reference mask whose 5 by 5 neighbourhood is also
-// covered: island borders are where two rasterisers may disagree by a texel.
-std::vector<char> erodedMask(const SurfaceSPtr& mask, int radius)
+// Texels of the reference islands at least `radius` from their borders.
+std::vector<char> innerTexels(int radius)
 {
-    const int w = int(mask->width()), h = int(mask->height());
-    std::vector<char> inside(size_t(w) * h);
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x)
-            inside[size_t(y) * w + x] = mask->pixel<float>(x, y)[0] > 0.5f;
-    std::vector<char> out(inside.size(), 0);
-    for (int y = radius; y < h - radius; ++y)
-        for (int x = radius; x < w - radius; ++x) {
-            bool all = true;
-            for (int dy = -radius; dy <= radius && all; ++dy)
-                for (int dx = -radius; dx <= radius && all; ++dx)
-                    all = inside[size_t(y + dy) * w + x + dx] != 0;
-            out[size_t(y) * w + x] = all;
-        }
-    return out;
+    return BoxPair::erode(BoxPair::referenceIslands(), 1024, 1024, radius);
 }
 
 struct AngleStats
@@ -147,11 +104,11 @@ TEST(DetailMapBakerCommandLine, NormalMapsMatchTheReferenceBakeInsideTheIslands)
     const SurfaceSPtr refTangent = reference("box_1024_normal_tangent.png");
     const SurfaceSPtr refObject = reference("box_1024_normal_object.png");
     ASSERT_TRUE(mask && refTangent && refObject);
-    const std::vector<char> inner = erodedMask(mask, 2);
+    const std::vector<char> inner = innerTexels(2);
 
     QStringList tangentOptions = referenceOptions();
     tangentOptions << QStringLiteral("--normal-format") << QStringLiteral("0");
-    const SurfaceSPtr tangent = toRgbaFloat(bake(QStringLiteral("normal-from-mesh"), tangentOptions));
+    const SurfaceSPtr tangent = BoxPair::bakeBoxLow(QStringLiteral("normal-from-mesh"), tangentOptions);
     ASSERT_TRUE(tangent);
     ASSERT_EQ(tangent->width(), 1024u);
     const AngleStats ts = compareNormals(tangent, refTangent, inner);
@@ -164,7 +121,7 @@ TEST(DetailMapBakerCommandLine, NormalMapsMatchTheReferenceBakeInsideTheIslands)
     // DirectX orientation: the same map with green pointing down.
     QStringList directXOptions = referenceOptions();
     directXOptions << QStringLiteral("--normal-format") << QStringLiteral("1");
-    const SurfaceSPtr directX = toRgbaFloat(bake(QStringLiteral("normal-from-mesh"), directXOptions));
+    const SurfaceSPtr directX = BoxPair::bakeBoxLow(QStringLiteral("normal-from-mesh"), directXOptions);
     ASSERT_TRUE(directX);
     for (unsigned y = 0; y < directX->height(); ++y)
         for (unsigned x = 0; x < directX->width(); ++x)
@@ -175,7 +132,7 @@ TEST(DetailMapBakerCommandLine, NormalMapsMatchTheReferenceBakeInsideTheIslands)
 
     QStringList objectOptions = referenceOptions();
     objectOptions << QStringLiteral("--map-type") << QStringLiteral("0");
-    const SurfaceSPtr object = toRgbaFloat(bake(QStringLiteral("normal-from-mesh"), objectOptions));
+    const SurfaceSPtr object = BoxPair::bakeBoxLow(QStringLiteral("normal-from-mesh"), objectOptions);
     ASSERT_TRUE(object);
     const AngleStats os = compareNormals(object, refObject, inner);
     std::cout << "object-space normals against the reference: mean " << os.mean << " deg, 99th percentile "
@@ -187,10 +144,10 @@ TEST(DetailMapBakerCommandLine, MaskCoversTheReferenceTexelsAndNothingBeyondTheI
 {
     const SurfaceSPtr ref = reference("box_1024_mask.png");
     ASSERT_TRUE(ref);
-    const SurfaceSPtr mask = toRgbaFloat(bake(QStringLiteral("opacity-mask-from-mesh"), referenceOptions()));
+    const SurfaceSPtr mask = BoxPair::bakeBoxLow(QStringLiteral("opacity-mask-from-mesh"), referenceOptions());
     ASSERT_TRUE(mask);
     ASSERT_EQ(mask->width(), 1024u);
-    const std::vector<char> inner = erodedMask(ref, 1);
+    const std::vector<char> inner = innerTexels(1);
     size_t differing = 0, innerMisses = 0, covered = 0;
     for (unsigned y = 0; y < 1024; ++y)
         for (unsigned x = 0; x < 1024; ++x) {
@@ -212,7 +169,7 @@ TEST(DetailMapBakerCommandLine, PositionsNormalisedOnTheLowBoxLieOnTheHighSurfac
     QStringList options = referenceOptions();
     options << QStringLiteral("--normalization") << QStringLiteral("0") << QStringLiteral("--output-size")
             << QStringLiteral("9,9");
-    const SurfaceSPtr map = toRgbaFloat(bake(QStringLiteral("position-from-mesh"), options));
+    const SurfaceSPtr map = BoxPair::bakeBoxLow(QStringLiteral("position-from-mesh"), options);
     ASSERT_TRUE(map);
     ASSERT_EQ(map->width(), 512u);
     const SurfaceSPtr ref = reference("box_1024_mask.png");
@@ -245,7 +202,7 @@ TEST(DetailMapBakerCommandLine, HeightsRelativeToTheRayDistancesShowDomeAndHole)
     QStringList options = referenceOptions();
     options << QStringLiteral("--auto-normalize") << QStringLiteral("0") << QStringLiteral("--output-size")
             << QStringLiteral("9,9");
-    const SurfaceSPtr map = toRgbaFloat(bake(QStringLiteral("height-from-mesh"), options));
+    const SurfaceSPtr map = BoxPair::bakeBoxLow(QStringLiteral("height-from-mesh"), options);
     ASSERT_TRUE(map);
     ASSERT_EQ(map->width(), 512u);
     const SurfaceSPtr ref = reference("box_1024_mask.png");
@@ -277,8 +234,8 @@ TEST(DetailMapBakerCommandLine, MissingTransferTextureFailsTheBakeWithItsMessage
 {
     const QString dir = ZmfTest::makeTempDir();
     const ZmfTest::ProcessResult result = ZmfTest::runZmfbaker(
-        {QStringLiteral("texture-from-mesh"), ZmfTest::testDataDir() + QStringLiteral("/box_low.obj"),
-         QStringLiteral("--highdef-mesh"), ZmfTest::testDataDir() + QStringLiteral("/box_high.obj"),
+        {QStringLiteral("texture-from-mesh"), BoxPair::testFile(QStringLiteral("box_low.obj")),
+         QStringLiteral("--highdef-mesh"), BoxPair::testFile(QStringLiteral("box_high.obj")),
          QStringLiteral("--texture-file"), dir + QStringLiteral("/none.png"), QStringLiteral("--output-size"),
          QStringLiteral("5,5"), QStringLiteral("--output-path"), dir});
     EXPECT_TRUE((result.out + result.err).contains(QStringLiteral("Detail texture loading failed")))

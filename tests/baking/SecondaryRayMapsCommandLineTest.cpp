@@ -1,38 +1,23 @@
 // Bent normals, thickness and curvature of the box pair through the real
 // binary: what the shape says each map must show inside the UV islands.
 
-#include "common/ProcessRunner.h"
-#include "common/TestPaths.h"
-#include "image/DefaultCodecs.h"
-#include "image/FileTextureLoader.h"
-#include "image/Surface.h"
+#include "BoxPairTestUtil.h"
 
 #include <gtest/gtest.h>
-
-#include <QDir>
 
 #include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <vector>
 
-using Ond::Surfaces::PixelFormat;
+using BoxPair::testFile;
 using Ond::Surfaces::SurfaceSPtr;
 
 namespace {
 
-SurfaceSPtr toRgbaFloat(const SurfaceSPtr& surface)
-{
-    if (!surface || surface->format() == PixelFormat::RGBA32F)
-        return surface;
-    auto out = SurfaceSPtr::create();
-    Ond::Surfaces::convert(*surface, *out, PixelFormat::RGBA32F);
-    return out;
-}
-
 QStringList fromHighBox()
 {
-    return {QStringLiteral("--highdef-mesh"), ZmfTest::testDataDir() + QStringLiteral("/box_high.obj")};
+    return {QStringLiteral("--highdef-mesh"), testFile(QStringLiteral("box_high.obj"))};
 }
 
 // The low box as its own high mesh, with the options that name its normal map.
@@ -41,58 +26,38 @@ QStringList lowAsHigh(const QStringList& normalMap = {})
     return QStringList{QStringLiteral("--use-lowdef-as-highdef"), QStringLiteral("true")} + normalMap;
 }
 
-QString testFile(const char* name)
-{
-    return ZmfTest::testDataDir() + '/' + QLatin1String(name);
-}
-
 // Bakes one map of box_low at 512 by 512 with few rays; `log` gets what the
 // run printed.
 SurfaceSPtr bake(const QString& baker, const QStringList& source = fromHighBox(), QString* log = nullptr)
 {
-    Ond::Surfaces::registerDefaultCodecs();
-    const QString dir = ZmfTest::makeTempDir();
-    QStringList args{baker, ZmfTest::testDataDir() + QStringLiteral("/box_low.obj")};
-    args << source
-         << QStringList{QStringLiteral("--output-size"), QStringLiteral("9,9"), QStringLiteral("--nb-second-rays"),
-                        QStringLiteral("16"), QStringLiteral("--output-format"), QStringLiteral("tif"),
-                        QStringLiteral("--output-path"), dir};
-    const ZmfTest::ProcessResult result = ZmfTest::runZmfbaker(args);
-    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
-    if (log)
-        *log = result.out + result.err;
-    const QStringList files = QDir(dir).entryList(QDir::Files);
-    EXPECT_EQ(files.size(), 1);
-    if (files.size() != 1)
-        return {};
-    return toRgbaFloat(Ond::Surfaces::FileTextureLoader::load(dir + '/' + files.front()));
+    return BoxPair::bakeBoxLow(baker,
+                               source
+                                   + QStringList{QStringLiteral("--output-size"), QStringLiteral("9,9"),
+                                                 QStringLiteral("--nb-second-rays"), QStringLiteral("16"),
+                                                 QStringLiteral("--output-format"), QStringLiteral("tif")},
+                               log);
 }
 
 // Channel c of the texels whose 2x2 reference-mask block and its
 // neighbours two texels around are all covered.
 std::vector<float> inside(const SurfaceSPtr& map, int c)
 {
-    const SurfaceSPtr mask =
-        toRgbaFloat(Ond::Surfaces::FileTextureLoader::load(ZmfTest::testDataDir() + "/box_1024_mask.png"));
+    const std::vector<char> islands = BoxPair::referenceIslands();
     const int n = int(map->width());
     std::vector<char> covered(size_t(n) * n);
     for (int y = 0; y < n; ++y)
         for (int x = 0; x < n; ++x) {
             bool all = true;
             for (int k = 0; k < 4; ++k)
-                all = all && mask->pixel<float>(2 * x + (k & 1), 2 * y + (k >> 1))[0] > 0.5f;
+                all = all && islands[size_t(2 * y + (k >> 1)) * 1024 + 2 * x + (k & 1)];
             covered[size_t(y) * n + x] = all;
         }
+    const std::vector<char> inner = BoxPair::erode(covered, n, n, 2);
     std::vector<float> values;
-    for (int y = 2; y < n - 2; ++y)
-        for (int x = 2; x < n - 2; ++x) {
-            bool all = true;
-            for (int dy = -2; dy <= 2 && all; ++dy)
-                for (int dx = -2; dx <= 2 && all; ++dx)
-                    all = covered[size_t(y + dy) * n + x + dx] != 0;
-            if (all)
+    for (int y = 0; y < n; ++y)
+        for (int x = 0; x < n; ++x)
+            if (inner[size_t(y) * n + x])
                 values.push_back(map->pixel<float>(x, y)[c]);
-        }
     return values;
 }
 
@@ -107,7 +72,6 @@ float quantile(std::vector<float> v, double q)
 
 TEST(SecondaryRayMapsCommandLine, BoxBentNormalsThicknessAndCurvature)
 {
-    Ond::Surfaces::registerDefaultCodecs();
     const SurfaceSPtr bent = bake(QStringLiteral("bent-normal-from-mesh"));
     const SurfaceSPtr thickness = bake(QStringLiteral("thickness-from-mesh"));
     const SurfaceSPtr curvature = bake(QStringLiteral("curvature-from-mesh-v2"));
@@ -140,9 +104,9 @@ TEST(SecondaryRayMapsCommandLine, BoxBentNormalsThicknessAndCurvature)
 
 TEST(SecondaryRayMapsCommandLine, LowBoxNormalMapBringsItsDetailIntoOcclusionAndCurvature)
 {
-    const QStringList tangentMap{QStringLiteral("--normal"), testFile("box_1024_normal_tangent.png"),
+    const QStringList tangentMap{QStringLiteral("--normal"), testFile(QStringLiteral("box_1024_normal_tangent.png")),
                                  QStringLiteral("--normal-format"), QStringLiteral("0")};
-    const QStringList objectMap{QStringLiteral("--normal"), testFile("box_1024_normal_object.png"),
+    const QStringList objectMap{QStringLiteral("--normal"), testFile(QStringLiteral("box_1024_normal_object.png")),
                                 QStringLiteral("--normal-world-space"), QStringLiteral("true")};
     const QString ao = QStringLiteral("ambient-occlusion-from-mesh");
     const SurfaceSPtr plain = bake(ao, lowAsHigh());
@@ -150,7 +114,7 @@ TEST(SecondaryRayMapsCommandLine, LowBoxNormalMapBringsItsDetailIntoOcclusionAnd
     const SurfaceSPtr object = bake(ao, lowAsHigh(objectMap));
     QString log;
     const SurfaceSPtr unreadable =
-        bake(ao, lowAsHigh({QStringLiteral("--normal"), testFile("no_such_map.png")}), &log);
+        bake(ao, lowAsHigh({QStringLiteral("--normal"), testFile(QStringLiteral("no_such_map.png"))}), &log);
     ASSERT_TRUE(plain && tangent && object && unreadable);
 
     const std::vector<float> p = inside(plain, 0), t = inside(tangent, 0), o = inside(object, 0);
@@ -177,7 +141,7 @@ TEST(SecondaryRayMapsCommandLine, LowBoxNormalMapBringsItsDetailIntoOcclusionAnd
     EXPECT_LT(maxGap, 0.2);
     // A map that does not load is said, and the bake goes on without it.
     EXPECT_TRUE(log.contains(QStringLiteral("[WARNING][Bakers]Could not load the normal map '")
-                             + testFile("no_such_map.png") + QStringLiteral("': the mesh's own normals are used.")))
+                             + testFile(QStringLiteral("no_such_map.png")) + QStringLiteral("': the mesh's own normals are used.")))
         << log.toStdString();
     EXPECT_EQ(unreadableGap, 0.0);
 
