@@ -1,61 +1,27 @@
 #include "baking/lowpoly/GLComputeProgram.h"
 
+#include "baking/lowpoly/GLProgram.h"
 #include "baking/lowpoly/GLSLSource.h"
-#include "program/LogChannel.h"
 
 #include <GL/glew.h>
 
-#include <algorithm>
 #include <map>
 #include <mutex>
-#include <vector>
 
 namespace Ond::Baking {
 
-namespace {
-
-QString infoLog(GLuint object, bool isProgram)
-{
-    GLint length = 0;
-    if (isProgram)
-        glGetProgramiv(object, GL_INFO_LOG_LENGTH, &length);
-    else
-        glGetShaderiv(object, GL_INFO_LOG_LENGTH, &length);
-    std::vector<char> text(size_t(std::max(length, 1)), '\0');
-    if (isProgram)
-        glGetProgramInfoLog(object, length, nullptr, text.data());
-    else
-        glGetShaderInfoLog(object, length, nullptr, text.data());
-    return QString::fromUtf8(text.data());
-}
-
-} // namespace
-
 GLComputeProgram::GLComputeProgram(const std::string& text)
 {
-    const GLuint shader = glCreateShader(GL_COMPUTE_SHADER);
-    const char* source = text.c_str();
-    glShaderSource(shader, 1, &source, nullptr);
-    glCompileShader(shader);
-    GLint ok = GL_FALSE;
-    glGetShaderiv(shader, GL_COMPILE_STATUS, &ok);
-    if (ok != GL_TRUE) {
-        Core::bakersChannel().error(QStringLiteral("Shader compilation failed: %1").arg(infoLog(shader, false)));
-        glDeleteShader(shader);
+    const GLuint shader = compileShader(GL_COMPUTE_SHADER, text);
+    if (!shader)
         return;
-    }
     const GLuint program = glCreateProgram();
     glAttachShader(program, shader);
     glLinkProgram(program);
     glDetachShader(program, shader);
     glDeleteShader(shader);
-    glGetProgramiv(program, GL_LINK_STATUS, &ok);
-    if (ok != GL_TRUE) {
-        Core::bakersChannel().error(QStringLiteral("Shader link failed: %1").arg(infoLog(program, true)));
-        glDeleteProgram(program);
-        return;
-    }
-    m_id = program;
+    if (linkSucceeded(program))
+        m_id = program;
 }
 
 GLComputeProgram::~GLComputeProgram()

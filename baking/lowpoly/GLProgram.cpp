@@ -29,7 +29,9 @@ std::string programLog(GLuint program)
     return text.data();
 }
 
-GLuint compile(GLenum stage, const std::string& text)
+} // namespace
+
+unsigned compileShader(unsigned stage, const std::string& text)
 {
     const GLuint shader = glCreateShader(stage);
     const char* source = text.c_str();
@@ -46,12 +48,22 @@ GLuint compile(GLenum stage, const std::string& text)
     return shader;
 }
 
-} // namespace
+bool linkSucceeded(unsigned program)
+{
+    GLint ok = GL_FALSE;
+    glGetProgramiv(program, GL_LINK_STATUS, &ok);
+    if (ok == GL_TRUE)
+        return true;
+    Core::bakersChannel().error(
+        QStringLiteral("Shader link failed: %1").arg(QString::fromStdString(programLog(program))));
+    glDeleteProgram(program);
+    return false;
+}
 
 GLProgram::GLProgram(const std::string& vertexText, const std::string& fragmentText)
 {
-    const GLuint vertex = compile(GL_VERTEX_SHADER, vertexText);
-    const GLuint fragment = vertex ? compile(GL_FRAGMENT_SHADER, fragmentText) : 0;
+    const GLuint vertex = compileShader(GL_VERTEX_SHADER, vertexText);
+    const GLuint fragment = vertex ? compileShader(GL_FRAGMENT_SHADER, fragmentText) : 0;
     if (!vertex || !fragment) {
         if (vertex)
             glDeleteShader(vertex);
@@ -68,15 +80,8 @@ GLProgram::GLProgram(const std::string& vertexText, const std::string& fragmentT
     glDetachShader(program, fragment);
     glDeleteShader(vertex);
     glDeleteShader(fragment);
-    GLint ok = GL_FALSE;
-    glGetProgramiv(program, GL_LINK_STATUS, &ok);
-    if (ok != GL_TRUE) {
-        Core::bakersChannel().error(
-            QStringLiteral("Shader link failed: %1").arg(QString::fromStdString(programLog(program))));
-        glDeleteProgram(program);
-        return;
-    }
-    m_id = program;
+    if (linkSucceeded(program))
+        m_id = program;
 }
 
 GLProgram::~GLProgram()

@@ -11,6 +11,13 @@
 
 namespace Ond::Baking {
 
+// One shader stage compiled; 0 when it fails, after the compiler's text is
+// logged on the bakers' channel.
+unsigned compileShader(unsigned stage, const std::string& text);
+// Whether the program linked; when not, the linker's text is logged and the
+// program deleted.
+bool linkSucceeded(unsigned program);
+
 class GLProgram
 {
 public:
