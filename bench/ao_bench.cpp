@@ -127,20 +127,7 @@ Ceiling measureCeiling(const EmbreeScene& scene, const AOTraits& traits, const D
                         RTCRayHit rh;
                         for (size_t b = next++; b < blocks.size(); b = next++)
                             for (const RecordedRay* r = blocks[b].first; r != blocks[b].second; ++r) {
-                                rh.ray.org_x = r->origin[0];
-                                rh.ray.org_y = r->origin[1];
-                                rh.ray.org_z = r->origin[2];
-                                rh.ray.tnear = r->tnear;
-                                rh.ray.dir_x = r->direction[0];
-                                rh.ray.dir_y = r->direction[1];
-                                rh.ray.dir_z = r->direction[2];
-                                rh.ray.time = 0.0f;
-                                rh.ray.tfar = r->tfar;
-                                rh.ray.mask = 0xFFFFFFFFu;
-                                rh.ray.id = 0;
-                                rh.ray.flags = 0;
-                                rh.hit.geomID = RTC_INVALID_GEOMETRY_ID;
-                                rh.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+                                setRay(rh, r->origin, r->direction, r->tnear, r->tfar, 0);
                                 rtcIntersect1(scene.handle(), &context.base, &rh);
                             }
                     });

@@ -78,17 +78,16 @@ private:
     mutable std::vector<float> m_vertexCurvature;
 };
 
-// Fills a primary ray for a seed: from O + D * maxHeight along -D, reaching
-// maxHeight + maxDepth past it.
-inline void setPrimaryRay(RTCRayHit& rh, const float* o, const float* d, float maxHeight, float tfar, uint32_t id)
+// Fills a ray and clears its hit.
+inline void setRay(RTCRayHit& rh, const float* origin, const float* direction, float tnear, float tfar, uint32_t id)
 {
-    rh.ray.org_x = o[0] + d[0] * maxHeight;
-    rh.ray.org_y = o[1] + d[1] * maxHeight;
-    rh.ray.org_z = o[2] + d[2] * maxHeight;
-    rh.ray.dir_x = -d[0];
-    rh.ray.dir_y = -d[1];
-    rh.ray.dir_z = -d[2];
-    rh.ray.tnear = 0.0f;
+    rh.ray.org_x = origin[0];
+    rh.ray.org_y = origin[1];
+    rh.ray.org_z = origin[2];
+    rh.ray.dir_x = direction[0];
+    rh.ray.dir_y = direction[1];
+    rh.ray.dir_z = direction[2];
+    rh.ray.tnear = tnear;
     rh.ray.tfar = tfar;
     rh.ray.time = 0.0f;
     // All bits: this Embree honours ray masks, and the geometry's default
@@ -99,6 +98,15 @@ inline void setPrimaryRay(RTCRayHit& rh, const float* o, const float* d, float m
     rh.hit.geomID = RTC_INVALID_GEOMETRY_ID;
     rh.hit.primID = RTC_INVALID_GEOMETRY_ID;
     rh.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+}
+
+// Fills a primary ray for a seed: from O + D * maxHeight along -D, reaching
+// maxHeight + maxDepth past it.
+inline void setPrimaryRay(RTCRayHit& rh, const float* o, const float* d, float maxHeight, float tfar, uint32_t id)
+{
+    const float origin[3] = {o[0] + d[0] * maxHeight, o[1] + d[1] * maxHeight, o[2] + d[2] * maxHeight};
+    const float direction[3] = {-d[0], -d[1], -d[2]};
+    setRay(rh, origin, direction, 0.0f, tfar, id);
 }
 
 } // namespace Ond::Baking

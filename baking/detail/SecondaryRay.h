@@ -61,21 +61,7 @@ inline void hitPoint(const PrimaryHit& h, float* out)
 inline float trace(const EmbreeScene& scene, HitContext& context, RTCRayHit& rh, const float* origin,
                    const float* direction, float tnear, float tfar, uint32_t id)
 {
-    rh.ray.org_x = origin[0];
-    rh.ray.org_y = origin[1];
-    rh.ray.org_z = origin[2];
-    rh.ray.dir_x = direction[0];
-    rh.ray.dir_y = direction[1];
-    rh.ray.dir_z = direction[2];
-    rh.ray.tnear = tnear;
-    rh.ray.tfar = tfar;
-    rh.ray.time = 0.0f;
-    rh.ray.mask = 0xFFFFFFFFu;
-    rh.ray.id = id;
-    rh.ray.flags = 0;
-    rh.hit.geomID = RTC_INVALID_GEOMETRY_ID;
-    rh.hit.primID = RTC_INVALID_GEOMETRY_ID;
-    rh.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+    setRay(rh, origin, direction, tnear, tfar, id);
     scene.intersect(context, rh);
     return rh.ray.tfar;
 }
