@@ -10,14 +10,11 @@
 #include "baking/lowpoly/PostProcess.h"
 #include "baking/lowpoly/PositionMapBaker.h"
 #include "baking/lowpoly/SceneGL.h"
-#include "opengl/DefaultSurfaceFormat.h"
-#include "opengl/HeadlessDisplay.h"
+#include "bench/BenchGL.h"
 #include "opengl/OglContextData.h"
-#include "opengl/QGLManager.h"
 #include "scene/load/SceneImporter.h"
 #include "scene/obj/OBJSceneLoader.h"
 
-#include <QApplication>
 #include <QTemporaryDir>
 #include <QSize>
 
@@ -25,7 +22,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <clocale>
 #include <cstdio>
 #include <cmath>
 #include <cstdlib>
@@ -111,15 +107,10 @@ int main(int argc, char** argv)
     const QString meshPath = argc > 1 && *argv[1] ? QString::fromLocal8Bit(argv[1]) : writeGridObj(temp.path(), 708);
     const int repetitions = argc > 2 ? std::max(std::atoi(argv[2]), 1) : 3;
 
-    auto display = Ond::OpenGLUtils::HeadlessDisplay::ensure();
-    Ond::OpenGLUtils::setDefaultGLAttributes();
-    QApplication app(argc, argv);
-    std::setlocale(LC_NUMERIC, "C");
-    Ond::OpenGLUtils::QGLManager manager;
-    if (manager.hasFailed()) {
-        std::fprintf(stderr, "%s\n", qPrintable(manager.errorText()));
+    ZmfBench::BenchGL gl(argc, argv);
+    if (!gl.ready())
         return 1;
-    }
+    Ond::OpenGLUtils::QGLManager& manager = gl.manager();
 
     const auto loadStart = std::chrono::steady_clock::now();
     Ond::SceneLoad::OBJSceneLoader loader;

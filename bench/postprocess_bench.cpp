@@ -2,19 +2,14 @@
 // islands, dilation 16 and diffusion, on the compute and the fragment path.
 // Usage: postprocess_bench [size] [dilation width] [repetitions]
 #include "baking/lowpoly/PostProcess.h"
-#include "opengl/DefaultSurfaceFormat.h"
-#include "opengl/HeadlessDisplay.h"
+#include "bench/BenchGL.h"
 #include "opengl/OglContextData.h"
 #include "opengl/OglUtils.h"
-#include "opengl/QGLManager.h"
-
-#include <QApplication>
 
 #include <GL/glew.h>
 
 #include <algorithm>
 #include <chrono>
-#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <random>
@@ -75,15 +70,10 @@ int main(int argc, char** argv)
     const uint32_t width = argc > 2 ? uint32_t(std::atoi(argv[2])) : 16;
     const int repetitions = argc > 3 ? std::max(std::atoi(argv[3]), 1) : 1;
 
-    auto display = Ond::OpenGLUtils::HeadlessDisplay::ensure();
-    Ond::OpenGLUtils::setDefaultGLAttributes();
-    QApplication app(argc, argv);
-    std::setlocale(LC_NUMERIC, "C");
-    Ond::OpenGLUtils::QGLManager manager;
-    if (manager.hasFailed()) {
-        std::fprintf(stderr, "%s\n", qPrintable(manager.errorText()));
+    ZmfBench::BenchGL gl(argc, argv);
+    if (!gl.ready())
         return 1;
-    }
+    Ond::OpenGLUtils::QGLManager& manager = gl.manager();
 
     return manager.runInContext(true, [&](Ond::OglUtils::OglContextData&) {
         std::printf("renderer: %s, GL %s\n", reinterpret_cast<const char*>(glGetString(GL_RENDERER)),

@@ -6,23 +6,18 @@
 
 #include "baking/detail/RasterizerGL.h"
 #include "baking/detail/RaytracerBase.h"
-#include "opengl/DefaultSurfaceFormat.h"
-#include "opengl/HeadlessDisplay.h"
+#include "bench/BenchGL.h"
 #include "opengl/OglContextData.h"
-#include "opengl/QGLManager.h"
 #include "scene/graph/Entity.h"
 #include "scene/graph/Mesh.h"
 #include "scene/graph/MeshDisplayComponent.h"
 #include "scene/load/SceneImporter.h"
 #include "scene/obj/OBJSceneLoader.h"
 
-#include <QApplication>
-
 #include <GL/glew.h>
 
 #include <algorithm>
 #include <chrono>
-#include <clocale>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -91,15 +86,10 @@ double millisOf(const std::function<void()>& run)
 int main(int argc, char** argv)
 {
     const int repetitions = argc > 2 ? std::max(std::atoi(argv[2]), 1) : 3;
-    auto display = Ond::OpenGLUtils::HeadlessDisplay::ensure();
-    Ond::OpenGLUtils::setDefaultGLAttributes();
-    QApplication app(argc, argv);
-    std::setlocale(LC_NUMERIC, "C");
-    Ond::OpenGLUtils::QGLManager manager;
-    if (manager.hasFailed()) {
-        std::fprintf(stderr, "%s\n", qPrintable(manager.errorText()));
+    ZmfBench::BenchGL gl(argc, argv);
+    if (!gl.ready())
         return 1;
-    }
+    Ond::OpenGLUtils::QGLManager& manager = gl.manager();
 
     SceneSPtr scene;
     if (argc > 1 && *argv[1]) {
