@@ -13,6 +13,8 @@
 
 #include <GL/glew.h>
 
+#include <algorithm>
+
 namespace Ond::Baking {
 
 QString SeAOMapBaker::label() const
@@ -84,7 +86,8 @@ Surfaces::SurfaceSPtr SeAOMapBaker::process(AbstractBakingContext& context, cons
     const GLBakeParameters parameters = commonParameters(bag);
     SeAOParameters seao = SeAOParameters::forQuality(value<int>(bag, "SeAO.Quality", 1));
     seao.errorBias = value<float>(bag, "SeAO.ErrorBias", 0.6f);
-    seao.distanceFade = value<float>(bag, "SeAO.DistanceFade", 0.01f);
+    // A negative fade would divide by zero at some distance.
+    seao.distanceFade = std::max(value<float>(bag, "SeAO.DistanceFade", 0.01f), 0.0f);
     const bool invert = value<bool>(bag, "SeAO.InvertNormals", false);
     const bool useNeighbors = value<bool>(bag, "SeAO.UseNeighbors", false);
     const QSize size = outputSize();
