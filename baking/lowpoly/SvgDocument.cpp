@@ -6,34 +6,45 @@
 #include <QPainterPath>
 #include <QTransform>
 
+#include <charconv>
+
 namespace Ond::Svg {
 
 namespace {
 
-void appendEscaped(QByteArray& out, const QString& text)
+void appendEscaped(QByteArray& out, const QByteArray& text)
 {
-    for (const QChar c : text) {
-        switch (c.unicode()) {
+    for (const char c : text) {
+        switch (c) {
         case '&': out += "&amp;"; break;
         case '<': out += "&lt;"; break;
         case '>': out += "&gt;"; break;
         case '"': out += "&quot;"; break;
-        default: out += QString(c).toUtf8();
+        default: out += c;
         }
     }
 }
 
-QString colorText(const QColor& color) { return color.name(QColor::HexRgb); }
+QByteArray colorText(const QColor& color) { return color.name(QColor::HexRgb).toLatin1(); }
 
-QString pathData(const QPainterPath& path)
+void appendPoint(QByteArray& d, char command, double x, double y)
 {
-    QString d;
+    d += command;
+    appendNumber(d, x);
+    d += ' ';
+    appendNumber(d, y);
+}
+
+QByteArray pathData(const QPainterPath& path)
+{
+    QByteArray d;
+    d.reserve(path.elementCount() * 24);
     QPointF subpathStart;
     QPointF last;
     bool open = false;
     const auto closeIfBack = [&] {
         if (open && last == subpathStart)
-            d += QLatin1Char('Z');
+            d += 'Z';
         open = false;
     };
     const int count = path.elementCount();
@@ -42,7 +53,7 @@ QString pathData(const QPainterPath& path)
         switch (e.type) {
         case QPainterPath::MoveToElement:
             closeIfBack();
-            d += QStringLiteral("M%1 %2").arg(number(e.x), number(e.y));
+            appendPoint(d, 'M', e.x, e.y);
             subpathStart = last = e;
             open = true;
             break;
@@ -52,15 +63,16 @@ QString pathData(const QPainterPath& path)
             const bool endsSubpath = i + 1 == count || path.elementAt(i + 1).type == QPainterPath::MoveToElement;
             if (endsSubpath && last == subpathStart)
                 break;
-            d += QStringLiteral("L%1 %2").arg(number(e.x), number(e.y));
+            appendPoint(d, 'L', e.x, e.y);
             break;
         }
         case QPainterPath::CurveToElement: {
             // A curve is this element and two data elements.
             const QPainterPath::Element& c2 = path.elementAt(i + 1);
             const QPainterPath::Element& end = path.elementAt(i + 2);
-            d += QStringLiteral("C%1 %2 %3 %4 %5 %6")
-                     .arg(number(e.x), number(e.y), number(c2.x), number(c2.y), number(end.x), number(end.y));
+            appendPoint(d, 'C', e.x, e.y);
+            appendPoint(d, ' ', c2.x, c2.y);
+            appendPoint(d, ' ', end.x, end.y);
             last = end;
             i += 2;
             break;
@@ -73,56 +85,68 @@ QString pathData(const QPainterPath& path)
     return d;
 }
 
-QString joinText(Qt::PenJoinStyle join)
+QByteArray joinText(Qt::PenJoinStyle join)
 {
     switch (join) {
-    case Qt::RoundJoin: return QStringLiteral("round");
-    case Qt::BevelJoin: return QStringLiteral("bevel");
-    default: return QStringLiteral("miter");
+    case Qt::RoundJoin: return QByteArrayLiteral("round");
+    case Qt::BevelJoin: return QByteArrayLiteral("bevel");
+    default: return QByteArrayLiteral("miter");
     }
 }
 
-QString capText(Qt::PenCapStyle cap)
+QByteArray capText(Qt::PenCapStyle cap)
 {
     switch (cap) {
-    case Qt::RoundCap: return QStringLiteral("round");
-    case Qt::SquareCap: return QStringLiteral("square");
-    default: return QStringLiteral("butt");
+    case Qt::RoundCap: return QByteArrayLiteral("round");
+    case Qt::SquareCap: return QByteArrayLiteral("square");
+    default: return QByteArrayLiteral("butt");
     }
 }
 
 } // namespace
 
-QString number(double value) { return QString::number(value, 'g', 10); }
+void appendNumber(QByteArray& out, double value)
+{
+    char buffer[32];
+    const auto result = std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, 10);
+    out.append(buffer, result.ptr - buffer);
+}
+
+QByteArray number(double value)
+{
+    QByteArray out;
+    appendNumber(out, value);
+    return out;
+}
 
 Node::~Node() = default;
 
-void Node::setAttribute(const QString& name, const QString& value)
+void Node::setAttribute(const QByteArray& name, QByteArray value)
 {
     for (AttributeBase& a : m_attributes)
         if (a.name() == name) {
-            a = AttributeBase(name, value);
+            a = AttributeBase(name, std::move(value));
             return;
         }
-    m_attributes.emplace_back(name, value);
+    m_attributes.emplace_back(name, std::move(value));
 }
 
-QString Node::attribute(const QString& name) const
+QByteArray Node::attribute(const QByteArray& name) const
 {
     for (const AttributeBase& a : m_attributes)
         if (a.name() == name)
             return a.value();
-    return QString();
+    return QByteArray();
 }
 
 void Node::writeOpenTag(QByteArray& out, int depth, bool empty) const
 {
-    out += QByteArray(depth, ' ');
+    out.append(depth, ' ');
     out += '<';
-    out += m_tag.toUtf8();
+    out += m_tag;
     for (const AttributeBase& a : m_attributes) {
         out += ' ';
-        out += a.name().toUtf8();
+        out += a.name();
         out += "=\"";
         appendEscaped(out, a.value());
         out += '"';
@@ -147,24 +171,25 @@ void Container::write(QByteArray& out, int depth) const
     writeOpenTag(out, depth, false);
     for (const auto& child : m_children)
         child->write(out, depth + 1);
-    out += QByteArray(depth, ' ');
+    out.append(depth, ' ');
     out += "</";
-    out += tag().toUtf8();
+    out += tag();
     out += ">\n";
 }
 
-SvgRoot::SvgRoot(QSize size, double resolution) : Container(QStringLiteral("svg")), m_size(size), m_resolution(resolution)
+SvgRoot::SvgRoot(QSize size, double resolution)
+    : Container(QByteArrayLiteral("svg")), m_size(size), m_resolution(resolution)
 {
-    setAttribute(QStringLiteral("xmlns"), QStringLiteral("http://www.w3.org/2000/svg"));
-    setAttribute(QStringLiteral("version"), QStringLiteral("1.1"));
+    setAttribute("xmlns", "http://www.w3.org/2000/svg");
+    setAttribute("version", "1.1");
     // Plain user units: every reader shows the page at the map's size.
-    setAttribute(QStringLiteral("width"), QString::number(size.width()));
-    setAttribute(QStringLiteral("height"), QString::number(size.height()));
-    setAttribute(QStringLiteral("viewBox"), QStringLiteral("0 0 %1 %2").arg(size.width()).arg(size.height()));
-    auto definitions = std::make_unique<Container>(QStringLiteral("defs"));
+    setAttribute("width", QByteArray::number(size.width()));
+    setAttribute("height", QByteArray::number(size.height()));
+    setAttribute("viewBox", "0 0 " + QByteArray::number(size.width()) + ' ' + QByteArray::number(size.height()));
+    auto definitions = std::make_unique<Container>(QByteArrayLiteral("defs"));
     m_definitions = definitions.get();
     append(std::move(definitions));
-    auto content = std::make_unique<Container>(QStringLiteral("g"));
+    auto content = std::make_unique<Container>(QByteArrayLiteral("g"));
     m_content = content.get();
     append(std::move(content));
 }
@@ -199,8 +224,17 @@ public:
             m_pen = state.pen();
         if (dirty & DirtyBrush)
             m_brush = state.brush();
-        if (dirty & DirtyTransform)
+        if (dirty & DirtyTransform) {
             m_transform = state.transform();
+            const QTransform& t = m_transform;
+            QByteArray text("matrix(");
+            for (double v : {t.m11(), t.m12(), t.m21(), t.m22(), t.dx(), t.dy()}) {
+                appendNumber(text, v);
+                text += ' ';
+            }
+            text.back() = ')';
+            m_transformText = m_transform.isIdentity() ? QByteArray() : text;
+        }
     }
 
     void drawPath(const QPainterPath& path) override
@@ -211,37 +245,32 @@ public:
         const bool stroked = m_pen.style() != Qt::NoPen;
         if (!filled && !stroked)
             return;
-        auto node = std::make_unique<Node>(QStringLiteral("path"));
-        if (!m_transform.isIdentity()) {
-            const QTransform& t = m_transform;
-            node->setAttribute(QStringLiteral("transform"), QStringLiteral("matrix(%1 %2 %3 %4 %5 %6)")
-                                                               .arg(number(t.m11()), number(t.m12()), number(t.m21()),
-                                                                    number(t.m22()), number(t.dx()), number(t.dy())));
-        }
+        auto node = std::make_unique<Node>(QByteArrayLiteral("path"));
+        if (!m_transformText.isEmpty())
+            node->setAttribute("transform", m_transformText);
         if (filled) {
             const QColor color = m_brush.color();
-            node->setAttribute(QStringLiteral("fill"), colorText(color));
+            node->setAttribute("fill", colorText(color));
             if (color.alpha() != 255)
-                node->setAttribute(QStringLiteral("fill-opacity"), number(color.alphaF()));
-            node->setAttribute(QStringLiteral("fill-rule"),
-                               path.fillRule() == Qt::WindingFill ? QStringLiteral("nonzero") : QStringLiteral("evenodd"));
+                node->setAttribute("fill-opacity", number(color.alphaF()));
+            node->setAttribute("fill-rule", path.fillRule() == Qt::WindingFill ? "nonzero" : "evenodd");
         } else {
-            node->setAttribute(QStringLiteral("fill"), QStringLiteral("none"));
+            node->setAttribute("fill", "none");
         }
         if (stroked) {
             const QColor color = m_pen.color();
-            node->setAttribute(QStringLiteral("stroke"), colorText(color));
+            node->setAttribute("stroke", colorText(color));
             if (color.alpha() != 255)
-                node->setAttribute(QStringLiteral("stroke-opacity"), number(color.alphaF()));
-            node->setAttribute(QStringLiteral("stroke-width"), number(m_pen.widthF()));
-            node->setAttribute(QStringLiteral("stroke-linejoin"), joinText(m_pen.joinStyle()));
+                node->setAttribute("stroke-opacity", number(color.alphaF()));
+            node->setAttribute("stroke-width", number(m_pen.widthF()));
+            node->setAttribute("stroke-linejoin", joinText(m_pen.joinStyle()));
             if (m_pen.joinStyle() == Qt::MiterJoin || m_pen.joinStyle() == Qt::SvgMiterJoin)
-                node->setAttribute(QStringLiteral("stroke-miterlimit"), number(m_pen.miterLimit()));
-            node->setAttribute(QStringLiteral("stroke-linecap"), capText(m_pen.capStyle()));
+                node->setAttribute("stroke-miterlimit", number(m_pen.miterLimit()));
+            node->setAttribute("stroke-linecap", capText(m_pen.capStyle()));
         } else {
-            node->setAttribute(QStringLiteral("stroke"), QStringLiteral("none"));
+            node->setAttribute("stroke", "none");
         }
-        node->setAttribute(QStringLiteral("d"), pathData(path));
+        node->setAttribute("d", pathData(path));
         m_controller.root().content().append(std::move(node));
     }
 
@@ -270,6 +299,7 @@ private:
     QPen m_pen;
     QBrush m_brush;
     QTransform m_transform;
+    QByteArray m_transformText;
 };
 
 PaintDevice::PaintDevice(IODeviceController& controller)

@@ -14,28 +14,29 @@ class QIODevice;
 
 namespace Ond::Svg {
 
+// Names and values are UTF-8 text; values are escaped when written.
 class AttributeBase
 {
 public:
-    AttributeBase(QString name, QString value) : m_name(std::move(name)), m_value(std::move(value)) {}
-    const QString& name() const { return m_name; }
-    const QString& value() const { return m_value; }
+    AttributeBase(QByteArray name, QByteArray value) : m_name(std::move(name)), m_value(std::move(value)) {}
+    const QByteArray& name() const { return m_name; }
+    const QByteArray& value() const { return m_value; }
 
 private:
-    QString m_name;
-    QString m_value;
+    QByteArray m_name;
+    QByteArray m_value;
 };
 
 class Node
 {
 public:
-    explicit Node(QString tag) : m_tag(std::move(tag)) {}
+    explicit Node(QByteArray tag) : m_tag(std::move(tag)) {}
     virtual ~Node();
 
-    const QString& tag() const { return m_tag; }
+    const QByteArray& tag() const { return m_tag; }
     // Replaces an attribute of that name, or adds it at the end.
-    void setAttribute(const QString& name, const QString& value);
-    QString attribute(const QString& name) const;
+    void setAttribute(const QByteArray& name, QByteArray value);
+    QByteArray attribute(const QByteArray& name) const;
     const std::vector<AttributeBase>& attributes() const { return m_attributes; }
 
     // Appends this node's XML to `out`, indented by `depth` blanks.
@@ -45,7 +46,7 @@ protected:
     void writeOpenTag(QByteArray& out, int depth, bool empty) const;
 
 private:
-    QString m_tag;
+    QByteArray m_tag;
     std::vector<AttributeBase> m_attributes;
 };
 
@@ -119,6 +120,7 @@ private:
 };
 
 // Number text as SVG reads it: a point whatever the locale, ten digits.
-QString number(double value);
+void appendNumber(QByteArray& out, double value);
+QByteArray number(double value);
 
 } // namespace Ond::Svg
