@@ -230,6 +230,14 @@ TEST(UvMapCommandLine, BoxLowSvgIsOnePathPerIslandAndCoversTheUvMask)
     ASSERT_EQ(image.size(), QSize(Side, Side));
     const Mask reference = coverage(triangles, Side);
     EXPECT_EQ(mismatchesAwayFromBorders(opaque(image), reference, Side), 0);
+
+    // The same against the texels that the GL bakers cover, without dilation.
+    const auto gl = runZmfbaker({"normal-world-space", boxLow(), "--output-size", "7,7", "--dilation-width", "0",
+                                 "--apply-diffusion", "false", "--output-path", dir});
+    ASSERT_EQ(gl.exitCode, 0) << gl.err.toStdString();
+    const Mask glMask = opaque(QImage(dir + "/box_low_normal-world-space.png").convertToFormat(QImage::Format_ARGB32));
+    EXPECT_GT(std::count(glMask.begin(), glMask.end(), 1), Side * Side / 4);
+    EXPECT_EQ(mismatchesAwayFromBorders(opaque(image), glMask, Side), 0);
 }
 
 TEST(UvMapCommandLine, IslandsOfAGeneratedMeshHolesAndMirroredOnesIncluded)
