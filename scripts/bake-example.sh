@@ -14,4 +14,5 @@ high=examples/pebble_high.obj
 for baker in normal-from-mesh ambient-occlusion-from-mesh; do
   ./build/zmfbaker -v "$baker" "$low" --highdef-mesh "$high" --output-size 10,10 --output-path out
 done
+./build/zmfbaker -v uv-map "$low" --output-size 10,10 --output-format svg --output-path out
 ls -l out
