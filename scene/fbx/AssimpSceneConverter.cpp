@@ -100,6 +100,10 @@ public:
         if (depth > MaxDepth)
             return true;
         QString name = QString::fromUtf8(node.mName.C_Str(), int(node.mName.length));
+        // Assimp names a root it makes up "<...>" (DXF, 3DS): the file gave
+        // it no name.
+        if (depth == 0 && name.startsWith(QLatin1Char('<')) && name.endsWith(QLatin1Char('>')))
+            name.clear();
 
         std::unique_ptr<MeshDisplayComponent> display;
         if (node.mNumMeshes > 0 && node.mMeshes) {
