@@ -99,6 +99,15 @@ void configure(Assimp::Importer& importer, Core::ProgressInterface* progress)
         importer.SetProgressHandler(new ReadProgress(progress));
 }
 
+// Assimp's PLY reader never returns from a header cut short, so a header
+// without its end is refused before it gets there.
+constexpr qsizetype HeaderWindow = qsizetype(1) << 20;
+
+bool headerComplete(const QByteArray& suffix, const QByteArray& head)
+{
+    return suffix.compare("ply", Qt::CaseInsensitive) != 0 || head.contains("end_header");
+}
+
 } // namespace
 
 FBXSceneImporter::FBXSceneImporter(const QString& filePath, const QByteArray& suffix, SceneHandler* handler)
@@ -109,11 +118,16 @@ FBXSceneImporter::FBXSceneImporter(const QString& filePath, const QByteArray& su
 namespace {
 
 template <typename Read>
-SceneGraph::Scene* importWith(const Read& read, const QString& fileName, const QByteArray& suffix,
-                              const SceneLoadOptions& options, Core::ProgressInterface* progress)
+SceneGraph::Scene* importWith(const Read& read, const QByteArray& head, const QString& fileName,
+                              const QByteArray& suffix, const SceneLoadOptions& options,
+                              Core::ProgressInterface* progress)
 {
     installLogForwarder();
     try {
+        if (!headerComplete(suffix, head)) {
+            Core::zmfBakerChannel().info(QStringLiteral("%1: the header has no end").arg(fileName));
+            return nullptr;
+        }
         Assimp::Importer importer;
         configure(importer, progress);
         const aiScene* scene = read(importer);
@@ -144,8 +158,13 @@ SceneGraph::Scene* FBXSceneImporter::import(const SceneLoadOptions& options, Cor
     }
     const QString path = file.fileName();
     const QByteArray encoded = QFile::encodeName(path);
+    QByteArray head;
+    if (file.open(QIODevice::ReadOnly)) {
+        head = file.read(HeaderWindow);
+        file.close();
+    }
     return importWith([&](Assimp::Importer& importer) { return importer.ReadFile(encoded.constData(), ReadFlags); },
-                      path, suffix, options, progress);
+                      head, path, suffix, options, progress);
 }
 
 SceneGraph::Scene* FBXSceneImporter::importFromMemory(const void* data, size_t size, const SceneLoadOptions& options,
@@ -154,6 +173,7 @@ SceneGraph::Scene* FBXSceneImporter::importFromMemory(const void* data, size_t s
     const QByteArray hint = suffix.toLower();
     return importWith(
         [&](Assimp::Importer& importer) { return importer.ReadFileFromMemory(data, size, ReadFlags, hint.constData()); },
+        QByteArray::fromRawData(static_cast<const char*>(data), qsizetype(std::min<size_t>(size, HeaderWindow))),
         file.fileName(), suffix, options, progress);
 }
 
