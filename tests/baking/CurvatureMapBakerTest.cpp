@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QTextStream>
 #include <gtest/gtest.h>
 
@@ -201,12 +202,13 @@ Shape plane()
     return s;
 }
 
-// Bakes `mesh` at 256 x 256 into a float TIFF, without dilation or
-// diffusion, and loads it as RGBA float.
-SurfaceSPtr bake(const QString& mesh, const QStringList& options, QString* log = nullptr)
+// Bakes `mesh` at 2^side (256) squared into a float TIFF, without dilation
+// or diffusion, and loads it as RGBA float.
+SurfaceSPtr bake(const QString& mesh, const QStringList& options, QString* log = nullptr, int side = 8)
 {
     const QString dir = ZmfTest::makeTempDir();
-    QStringList args{QStringLiteral("curvature"), mesh, QStringLiteral("--output-size"), QStringLiteral("8,8"),
+    QStringList args{QStringLiteral("curvature"), mesh, QStringLiteral("--output-size"),
+                     QStringLiteral("%1,%1").arg(side),
                      QStringLiteral("--output-format"), QStringLiteral("tif"), QStringLiteral("--dilation-width"),
                      QStringLiteral("0"), QStringLiteral("--apply-diffusion"), QStringLiteral("false"),
                      QStringLiteral("--output-path"), dir};
@@ -345,6 +347,13 @@ TEST(CurvatureMapBaker, SphereBakesOneValueAndPlaneMiddleGrey)
     EXPECT_LT(worstGap(vertex, 0.53f), 5e-4f);
     EXPECT_LT(worstGap(pixel, 0.53f), 5e-4f);
 
+    // 2048 x 2048: four output tiles, the normal map's tiles overlapping
+    // by a texel; no tile border shows.
+    const std::vector<float> large = values(bake(ball, perPixel + details, nullptr, 11), away);
+    ASSERT_GT(large.size(), 1500000u);
+    std::cout << "sphere at 2048, per pixel: worst gap " << worstGap(large, 0.53f) << std::endl;
+    EXPECT_LT(worstGap(large, 0.53f), 5e-4f);
+
     const QString flat = plane().write();
     for (const QStringList& algorithm : {perVertex, perPixel}) {
         const std::vector<float> all = values(bake(flat, algorithm), [](float, float) { return true; });
@@ -441,4 +450,57 @@ TEST(CurvatureMapBaker, PerVertexAndPerPixelAgreeInSignOnTheLowBox)
     ASSERT_GT(inside, 20000);
     ASSERT_GT(both, 500);
     EXPECT_GE(double(agree), 0.98 * double(both));
+}
+
+TEST(CurvatureMapBaker, NormalMapRouteTangentOrWorldSpaceAndGreenConvention)
+{
+    // A flat plane whose tangent-space map tilts the normal along v, more
+    // the further from the middle: a ridge in OpenGL convention, a valley
+    // when green points down.
+    const QString dir = ZmfTest::makeTempDir();
+    QImage ridge(256, 256, QImage::Format_RGBA64);
+    for (int y = 0; y < 256; ++y) {
+        const float v = 1.0f - (float(y) + 0.5f) / 256.0f;
+        const float g = 1.6f * (v - 0.5f);
+        const float z = std::sqrt(1.0f - g * g);
+        const QColor c = QColor::fromRgbF(0.5f, 0.5f * g + 0.5f, 0.5f * z + 0.5f, 1.0f);
+        for (int x = 0; x < 256; ++x)
+            ridge.setPixelColor(x, y, c);
+    }
+    const QString ridgeFile = dir + QStringLiteral("/ridge.png");
+    ASSERT_TRUE(ridge.save(ridgeFile));
+    const QString flat = plane().write();
+    const auto middle = [](float u, float v) { return u > 0.1f && u < 0.9f && v > 0.1f && v < 0.9f; };
+    const QStringList map{QStringLiteral("--normal"), ridgeFile, QStringLiteral("--details"), QStringLiteral("3")};
+    const float openGL = mean(values(bake(flat, perPixel + map + QStringList{"--normal-format", "0"}), middle));
+    const float directX = mean(values(bake(flat, perPixel + map + QStringList{"--normal-format", "1"}), middle));
+    std::cout << "ridge map on a plane: OpenGL " << openGL << ", DirectX " << directX << std::endl;
+    EXPECT_GT(openGL, 0.51f);
+    EXPECT_LT(directX, 0.49f);
+    EXPECT_NEAR(openGL - 0.5f, 0.5f - directX, 0.002f);
+
+    // A map that does not load is no map: the plane stays flat.
+    const std::vector<float> missing =
+        values(bake(flat, perPixel + QStringList{"--normal", dir + QStringLiteral("/none.png")}),
+               [](float, float) { return true; });
+    ASSERT_GT(missing.size(), 60000u);
+    EXPECT_LT(worstGap(missing, 0.5f), 1e-5f);
+
+    // The sphere's own world-space normals, given as a map in world space,
+    // bake what the mesh alone bakes.
+    const QString ball = sphere(3.0f).write();
+    const QString normalsDir = ZmfTest::makeTempDir();
+    const ZmfTest::ProcessResult normals = ZmfTest::runZmfbaker(
+        {QStringLiteral("normal-world-space"), ball, QStringLiteral("--output-size"), QStringLiteral("8,8"),
+         QStringLiteral("--output-format"), QStringLiteral("tif"), QStringLiteral("--output-path"), normalsDir,
+         QStringLiteral("--output-name"), QStringLiteral("ws")});
+    ASSERT_EQ(normals.exitCode, 0) << normals.err.toStdString();
+    const auto away = [](float u, float v) { return v > 0.2f && v < 0.8f && u > 0.03f && u < 0.97f; };
+    const std::vector<float> world =
+        values(bake(ball, perPixel + QStringList{"--details", "3", "--normal", normalsDir + "/ws.tif",
+                                                 "--normal-world-space", "true"}),
+               away);
+    ASSERT_GT(world.size(), 20000u);
+    std::cout << "sphere from its world-space map: worst gap " << worstGap(world, 0.53f) << std::endl;
+    EXPECT_LT(worstGap(world, 0.53f), 2e-3f);
 }
