@@ -118,7 +118,8 @@ int main(int argc, char** argv)
         raster.init();
         Ond::Baking::setPropertyValue(raster.properties(), "Common.OutputSize",
                                       QVariant::fromValue(QSize(sideLog, sideLog)));
-        Ond::Baking::UV2SvgBaker& svg = const_cast<Ond::Baking::UV2SvgBaker&>(raster.svgBaker());
+        Ond::Baking::UV2SvgBaker svg;
+        svg.init();
         Ond::Baking::setPropertyValue(svg.properties(), "Common.OutputSize",
                                       QVariant::fromValue(QSize(sideLog, sideLog)));
 
