@@ -108,7 +108,12 @@ QByteArray capText(Qt::PenCapStyle cap)
 void appendNumber(QByteArray& out, double value)
 {
     char buffer[32];
-    const auto result = std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, 10);
+    // Mesh coordinates are floats: their shortest text reads back the same
+    // and is about half as long as ten digits of the double.
+    const float single = float(value);
+    const auto result = double(single) == value
+                            ? std::to_chars(buffer, buffer + sizeof(buffer), single)
+                            : std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, 10);
     out.append(buffer, result.ptr - buffer);
 }
 

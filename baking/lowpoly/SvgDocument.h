@@ -119,7 +119,8 @@ private:
     std::unique_ptr<PaintEngine> m_engine;
 };
 
-// Number text as SVG reads it: a point whatever the locale, ten digits.
+// Number text as SVG reads it: a point whatever the locale; the shortest text
+// of a value that is a float, else ten digits.
 void appendNumber(QByteArray& out, double value);
 QByteArray number(double value);
 

@@ -71,7 +71,13 @@ std::vector<UvIsland> findUvIslands(const std::vector<QPointF>& corners)
 {
     const size_t triangleCount = corners.size() / 3;
     std::vector<uint8_t> valid(triangleCount, 0);
-    std::vector<uint32_t> used;
+    // Sorted by value, not through indices: the sort then reads memory in order.
+    struct KeyedCorner
+    {
+        double x, y;
+        uint32_t corner;
+    };
+    std::vector<KeyedCorner> used;
     used.reserve(corners.size());
     for (size_t t = 0; t < triangleCount; ++t) {
         const QPointF* p = &corners[3 * t];
@@ -79,21 +85,19 @@ std::vector<UvIsland> findUvIslands(const std::vector<QPointF>& corners)
             continue;
         valid[t] = 1;
         for (uint32_t k = 0; k < 3; ++k)
-            used.push_back(uint32_t(3 * t + k));
+            used.push_back({p[k].x(), p[k].y(), uint32_t(3 * t + k)});
     }
 
     // Equal points are one point, so that triangles meet by position, not by index.
-    std::sort(used.begin(), used.end(), [&](uint32_t a, uint32_t b) {
-        const QPointF &p = corners[a], &q = corners[b];
-        return p.x() < q.x() || (p.x() == q.x() && p.y() < q.y());
+    std::sort(used.begin(), used.end(), [](const KeyedCorner& a, const KeyedCorner& b) {
+        return a.x < b.x || (a.x == b.x && a.y < b.y);
     });
     std::vector<uint32_t> pointOf(corners.size(), 0);
     std::vector<QPointF> points;
-    for (uint32_t c : used) {
-        const QPointF& p = corners[c];
-        if (points.empty() || points.back().x() != p.x() || points.back().y() != p.y())
-            points.push_back(p);
-        pointOf[c] = uint32_t(points.size() - 1);
+    for (const KeyedCorner& c : used) {
+        if (points.empty() || points.back().x() != c.x || points.back().y() != c.y)
+            points.emplace_back(c.x, c.y);
+        pointOf[c.corner] = uint32_t(points.size() - 1);
     }
 
     std::vector<EdgeRecord> edges;

@@ -96,6 +96,23 @@ TEST(UvIslands, ARingHasItsOuterBorderFirstAndItsHoleUnfilled)
     EXPECT_FALSE(filled(islands[0], 0.4, 0.4));
 }
 
+TEST(UvIslands, ABorderThatMeetsItselfAtACornerStillFillsOnlyTheCells)
+{
+    // Seven cells of a 3 × 3 grid round the centre, joined by edges; the
+    // top-left cell and the centre are empty, and the border of the rest
+    // passes twice through the corner where those two meet.
+    Corners c;
+    for (auto [x, y] : {std::pair{0, 0}, {1, 0}, {2, 0}, {2, 1}, {2, 2}, {1, 2}, {0, 1}})
+        addCell(c, 0.1 * x, 0.1 * y, 0.1);
+    const auto islands = findUvIslands(c);
+    ASSERT_EQ(islands.size(), 1u);
+    for (int y = 0; y < 3; ++y)
+        for (int x = 0; x < 3; ++x) {
+            const bool empty = (x == 1 && y == 1) || (x == 0 && y == 2);
+            EXPECT_EQ(filled(islands[0], 0.1 * x + 0.05, 0.1 * y + 0.05), !empty) << x << ", " << y;
+        }
+}
+
 TEST(UvIslands, StackedAndFoldedTrianglesFillTheirUnion)
 {
     Corners c;
