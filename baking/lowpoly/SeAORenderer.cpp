@@ -152,6 +152,16 @@ SeAORenderer::~SeAORenderer()
         glDeleteVertexArrays(1, &m_emptyArray);
 }
 
+bool SeAORenderer::isSoftwareRenderer()
+{
+    const GLubyte* text = glGetString(GL_RENDERER);
+    if (!text)
+        return false;
+    const QString renderer = QString::fromLatin1(reinterpret_cast<const char*>(text));
+    return renderer.contains(QLatin1String("llvmpipe")) || renderer.contains(QLatin1String("softpipe"))
+        || renderer.contains(QLatin1String("Software Rasterizer"));
+}
+
 bool SeAORenderer::isValid() const
 {
     return m_element && m_blend && m_texel && m_reduce && m_resolve && !m_geometry.empty();
@@ -310,7 +320,7 @@ SeAOTileStats SeAORenderer::renderTile(const std::array<float, 4>& uvWindow, con
     uint64_t previousActive = 0;
     int read = 0;
     for (int pass = 0;; ++pass) {
-        looplimit = std::max(looplimit, 10.0f);
+        looplimit = std::max(looplimit, minimumLoopLimit);
         seaoChannel().info(QStringLiteral("Pass (looplimit: %1)").arg(double(looplimit)));
         const auto start = Clock::now();
         const int written = 1 - read;
@@ -343,6 +353,7 @@ SeAOTileStats SeAORenderer::renderTile(const std::array<float, 4>& uvWindow, con
         seaoChannel().info(QStringLiteral("\tCompute time: %1").arg(micros));
         stats.active.push_back(active);
         stats.loopLimits.push_back(looplimit);
+        stats.microseconds.push_back(micros);
         stats.passes = pass + 1;
         read = written;
         if (active == 0)
