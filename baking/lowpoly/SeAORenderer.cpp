@@ -23,6 +23,8 @@ Core::LogChannel& seaoChannel()
 
 using Clock = std::chrono::steady_clock;
 
+constexpr int elementsPerBand = 1 << 16;
+
 int64_t microsecondsSince(Clock::time_point start)
 {
     return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start).count();
@@ -209,8 +211,17 @@ void SeAORenderer::solveElementOcclusion()
         bindTexture(*m_element, "smpnrm", 1, m_tree[2]);
         bindTexture(*m_element, "smpind", 2, m_tree[3]);
         bindTexture(*m_element, "smpocc", 3, m_occlusion[read]);
-        drawFullscreen();
-        glFinish();
+        // In bands of rows, each finished before the next, so that a large
+        // tree never holds the GPU (or a software renderer's threads) in one
+        // long draw.
+        const int rows = std::max(1, elementsPerBand / w);
+        glEnable(GL_SCISSOR_TEST);
+        for (int y = 0; y < h; y += rows) {
+            glScissor(0, y, w, std::min(rows, h - y));
+            drawFullscreen();
+            glFinish();
+        }
+        glDisable(GL_SCISSOR_TEST);
         seaoChannel().info(QStringLiteral("\tCompute time: %1").arg(microsecondsSince(start)));
         read = written;
     }
