@@ -9,7 +9,7 @@ cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build build -j"$(nproc)" --target zmfbaker
 mkdir -p out
 low=examples/pebble_low.obj
-for baker in normal-world-space position world-space-direction; do
+for baker in normal-world-space position world-space-direction ambient-occlusion; do
   ./build/zmfbaker -v "$baker" "$low" --output-size 10,10 --output-path out
 done
 high=examples/pebble_high.obj

@@ -136,6 +136,11 @@ void SeAOMapBaker::bakeOcclusion(AbstractBakingContext& context, SeAO::Geometry&
     SeAORenderer renderer(geometry, tree, seao);
     if (!renderer.isValid())
         return;
+    // On a renderer that runs the fragments on the processor a first pass of
+    // 600000 steps would hold the program for minutes; it starts at the
+    // floor and the timing of the passes raises the limit from there.
+    if (SeAORenderer::isSoftwareRenderer())
+        renderer.initialLoopLimit = SeAORenderer::minimumLoopLimit;
     renderer.solveElementOcclusion();
 
     const int columns = outputGrid.columns();

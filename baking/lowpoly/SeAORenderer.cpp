@@ -23,6 +23,8 @@ Core::LogChannel& seaoChannel()
 
 using Clock = std::chrono::steady_clock;
 
+constexpr int elementsPerBand = 1 << 16;
+
 int64_t microsecondsSince(Clock::time_point start)
 {
     return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start).count();
@@ -152,6 +154,16 @@ SeAORenderer::~SeAORenderer()
         glDeleteVertexArrays(1, &m_emptyArray);
 }
 
+bool SeAORenderer::isSoftwareRenderer()
+{
+    const GLubyte* text = glGetString(GL_RENDERER);
+    if (!text)
+        return false;
+    const QString renderer = QString::fromLatin1(reinterpret_cast<const char*>(text));
+    return renderer.contains(QLatin1String("llvmpipe")) || renderer.contains(QLatin1String("softpipe"))
+        || renderer.contains(QLatin1String("Software Rasterizer"));
+}
+
 bool SeAORenderer::isValid() const
 {
     return m_element && m_blend && m_texel && m_reduce && m_resolve && !m_geometry.empty();
@@ -199,8 +211,17 @@ void SeAORenderer::solveElementOcclusion()
         bindTexture(*m_element, "smpnrm", 1, m_tree[2]);
         bindTexture(*m_element, "smpind", 2, m_tree[3]);
         bindTexture(*m_element, "smpocc", 3, m_occlusion[read]);
-        drawFullscreen();
-        glFinish();
+        // In bands of rows, each finished before the next, so that a large
+        // tree never holds the GPU (or a software renderer's threads) in one
+        // long draw.
+        const int rows = std::max(1, elementsPerBand / w);
+        glEnable(GL_SCISSOR_TEST);
+        for (int y = 0; y < h; y += rows) {
+            glScissor(0, y, w, std::min(rows, h - y));
+            drawFullscreen();
+            glFinish();
+        }
+        glDisable(GL_SCISSOR_TEST);
         seaoChannel().info(QStringLiteral("\tCompute time: %1").arg(microsecondsSince(start)));
         read = written;
     }
@@ -310,7 +331,7 @@ SeAOTileStats SeAORenderer::renderTile(const std::array<float, 4>& uvWindow, con
     uint64_t previousActive = 0;
     int read = 0;
     for (int pass = 0;; ++pass) {
-        looplimit = std::max(looplimit, 10.0f);
+        looplimit = std::max(looplimit, minimumLoopLimit);
         seaoChannel().info(QStringLiteral("Pass (looplimit: %1)").arg(double(looplimit)));
         const auto start = Clock::now();
         const int written = 1 - read;
@@ -343,6 +364,7 @@ SeAOTileStats SeAORenderer::renderTile(const std::array<float, 4>& uvWindow, con
         seaoChannel().info(QStringLiteral("\tCompute time: %1").arg(micros));
         stats.active.push_back(active);
         stats.loopLimits.push_back(looplimit);
+        stats.microseconds.push_back(micros);
         stats.passes = pass + 1;
         read = written;
         if (active == 0)

@@ -41,6 +41,7 @@ struct SeAOTileStats
     // Active fragments after each pass.
     std::vector<uint64_t> active;
     std::vector<float> loopLimits;
+    std::vector<int64_t> microseconds;
 };
 
 class SeAORenderer
@@ -70,8 +71,12 @@ public:
                              Surfaces::Surface& tile);
 
     // The loop limit each tile starts with: the first pass is given room,
-    // later ones are timed to a quarter second.
+    // later ones are timed to a quarter second, never below the minimum.
     float initialLoopLimit = 600000.0f;
+    static constexpr float minimumLoopLimit = 10.0f;
+
+    // Whether the current context's renderer is Mesa's software one.
+    static bool isSoftwareRenderer();
 
 private:
     struct Target;

@@ -21,6 +21,10 @@ OND_SAMPLER(smptri0)
 OND_SAMPLER(smptri1)
 OND_SAMPLER(smpocc)
 uniform float epsi;
+// The packed coordinates are texel centres: fetching the texel they name
+// gives what nearest filtering would, without the filtering.
+vec2 packsize;
+#define PACKED(smp, c) texelFetch(smp, ivec2((c) * packsize), 0)
 uniform float errbias;
 uniform float distfade;
 uniform float trifade;
@@ -102,6 +106,7 @@ float computeContrib(vec3 p, vec3 n, vec3 v0, vec3 v1, vec3 v2, float d2)
 
 void main()
 {
+    packsize = vec2(textureSize(smppos, 0));
     vec4 prevres = OND_SAMPLE(smpprevres, vec2(vuv0.x, 1.0 - vuv0.y));
     if (prevres.y == 0.0) {
         OND_FRAGCOLOR = prevres;
@@ -125,11 +130,11 @@ void main()
 
     while (seind.x != 0.0) {
         vec2 curind = seind.xy;
-        vec4 sepos = OND_SAMPLE(smppos, curind);
+        vec4 sepos = PACKED(smppos, curind);
         float searea = sepos.w;
-        vec4 senrm = OND_SAMPLE(smpnrm, curind);
-        float seocc = OND_SAMPLE(smpocc, curind).r;
-        seind = OND_SAMPLE(smpind, curind);
+        vec4 senrm = PACKED(smpnrm, curind);
+        float seocc = PACKED(smpocc, curind).r;
+        seind = PACKED(smpind, curind);
 
         vec3 v = sepos.xyz - curpos;
         float d2 = dot(v, v) + 1e-16;
@@ -149,11 +154,11 @@ void main()
         } else {
             if (searea > 0.0) {
                 if (sefacing >= 0.0 && sevisible) {
-                    vec4 t0 = OND_SAMPLE(smptri0, curind);
-                    vec2 t1 = OND_SAMPLE(smptri1, curind).xy;
-                    vec3 q0 = OND_SAMPLE(smpvert, t0.xy).xyz;
-                    vec3 q1 = OND_SAMPLE(smpvert, t0.zw).xyz;
-                    vec3 q2 = OND_SAMPLE(smpvert, t1).xyz;
+                    vec4 t0 = PACKED(smptri0, curind);
+                    vec2 t1 = PACKED(smptri1, curind).xy;
+                    vec3 q0 = PACKED(smpvert, t0.xy).xyz;
+                    vec3 q1 = PACKED(smpvert, t0.zw).xyz;
+                    vec3 q2 = PACKED(smpvert, t1).xyz;
                     contrib = computeContrib(curpos, curnrm, q0, q1, q2, d2) * pow(seocc, trifade);
                 } else {
                     contrib = 0.0;
