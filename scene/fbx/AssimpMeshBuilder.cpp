@@ -8,6 +8,7 @@
 
 #include <Eigen/Geometry>
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <vector>
@@ -210,9 +211,20 @@ std::shared_ptr<Mesh::Data> buildMeshData(const aiScene& scene, const unsigned* 
         }
     }
 
+    size_t sourceVertices = 0;
+    for (const aiMesh* mesh : meshes)
+        sourceVertices += mesh->mNumVertices;
     std::vector<Eigen::Vector3f> positions, normals, tangents, binormals;
     std::vector<Eigen::Vector4f> colors;
     std::vector<std::vector<Eigen::Vector2f>> uvSets(layout.uvChannels.size());
+    // Indexed files keep about their vertex count; per-corner ones (FBX)
+    // weld to a fraction of it, so the reservation is capped.
+    const size_t expected = std::min(sourceVertices, size_t(1) << 20);
+    positions.reserve(expected);
+    if (layout.normals)
+        normals.reserve(expected);
+    for (auto& set : uvSets)
+        set.reserve(expected);
     std::vector<std::vector<uint32_t>> indexLists;
     std::vector<std::shared_ptr<MaterialDefinition>> materials;
 

@@ -1,6 +1,7 @@
 #include "scene/fbx/FBXSceneImporter.h"
 
 #include "program/LogChannel.h"
+#include "scene/fbx/AssimpInputGuard.h"
 #include "scene/fbx/AssimpSceneConverter.h"
 
 #include <QFileInfo>
@@ -99,15 +100,6 @@ void configure(Assimp::Importer& importer, Core::ProgressInterface* progress)
         importer.SetProgressHandler(new ReadProgress(progress));
 }
 
-// Assimp's PLY reader never returns from a header cut short, so a header
-// without its end is refused before it gets there.
-constexpr qsizetype HeaderWindow = qsizetype(1) << 20;
-
-bool headerComplete(const QByteArray& suffix, const QByteArray& head)
-{
-    return suffix.compare("ply", Qt::CaseInsensitive) != 0 || head.contains("end_header");
-}
-
 } // namespace
 
 FBXSceneImporter::FBXSceneImporter(const QString& filePath, const QByteArray& suffix, SceneHandler* handler)
@@ -118,14 +110,15 @@ FBXSceneImporter::FBXSceneImporter(const QString& filePath, const QByteArray& su
 namespace {
 
 template <typename Read>
-SceneGraph::Scene* importWith(const Read& read, const QByteArray& head, const QString& fileName,
+SceneGraph::Scene* importWith(const Read& read, const char* bytes, size_t size, const QString& fileName,
                               const QByteArray& suffix, const SceneLoadOptions& options,
                               Core::ProgressInterface* progress)
 {
     installLogForwarder();
     try {
-        if (!headerComplete(suffix, head)) {
-            Core::zmfBakerChannel().info(QStringLiteral("%1: the header has no end").arg(fileName));
+        const QString refusal = knownHangIn(suffix, bytes, size);
+        if (!refusal.isEmpty()) {
+            Core::zmfBakerChannel().info(QStringLiteral("%1: %2").arg(fileName, refusal));
             return nullptr;
         }
         Assimp::Importer importer;
@@ -158,13 +151,18 @@ SceneGraph::Scene* FBXSceneImporter::import(const SceneLoadOptions& options, Cor
     }
     const QString path = file.fileName();
     const QByteArray encoded = QFile::encodeName(path);
-    QByteArray head;
-    if (file.open(QIODevice::ReadOnly)) {
-        head = file.read(HeaderWindow);
-        file.close();
+    // The guard reads the file through a mapping; Assimp reads it again.
+    const char* bytes = nullptr;
+    size_t size = 0;
+    if (file.open(QIODevice::ReadOnly) && file.size() > 0) {
+        bytes = reinterpret_cast<const char*>(file.map(0, file.size()));
+        size = bytes ? size_t(file.size()) : 0;
     }
-    return importWith([&](Assimp::Importer& importer) { return importer.ReadFile(encoded.constData(), ReadFlags); },
-                      head, path, suffix, options, progress);
+    SceneGraph::Scene* scene = importWith(
+        [&](Assimp::Importer& importer) { return importer.ReadFile(encoded.constData(), ReadFlags); }, bytes, size,
+        path, suffix, options, progress);
+    file.close();
+    return scene;
 }
 
 SceneGraph::Scene* FBXSceneImporter::importFromMemory(const void* data, size_t size, const SceneLoadOptions& options,
@@ -173,8 +171,7 @@ SceneGraph::Scene* FBXSceneImporter::importFromMemory(const void* data, size_t s
     const QByteArray hint = suffix.toLower();
     return importWith(
         [&](Assimp::Importer& importer) { return importer.ReadFileFromMemory(data, size, ReadFlags, hint.constData()); },
-        QByteArray::fromRawData(static_cast<const char*>(data), qsizetype(std::min<size_t>(size, HeaderWindow))),
-        file.fileName(), suffix, options, progress);
+        static_cast<const char*>(data), size, file.fileName(), suffix, options, progress);
 }
 
 } // namespace Ond::SceneLoad

@@ -120,8 +120,19 @@ TEST(FBXSceneImporterCommandLine, GarbageUnsupportedAndMeshlessFilesFail)
     QByteArray noise;
     for (int i = 0; i < 4096; ++i)
         noise.append(char((i * 7919 + 13) & 0xff));
+    // Inputs on which Assimp's own readers would never return: a PLY whose
+    // "end_header" ran into the line before, and a COLLADA index list with
+    // a stray character.
+    QByteArray dae = readAll(testFile("box_low.dae"));
+    const qsizetype list = dae.indexOf("<p>");
+    ASSERT_GT(list, 0);
+    dae[dae.indexOf(' ', list)] = '}';
     const QStringList files{
         writeFile(dir, "noise.fbx", noise),
+        writeFile(dir, "runon.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+                                    "property float z\nelement face 1\nproperty list uchar int vertex_indicesend_header\n"
+                                    "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n"),
+        writeFile(dir, "stray.dae", dae),
         writeFile(dir, "noise.glb", noise),
         writeFile(dir, "noise.3ds", noise),
         writeFile(dir, "noise.dae", noise),
