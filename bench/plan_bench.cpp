@@ -34,11 +34,19 @@ void addRun(Run& total, const QString& program, const QStringList& args)
     process.setProcessChannelMode(QProcess::MergedChannels);
     const double t0 = now();
     process.start(program, QStringList{QStringLiteral("-v")} + args);
+    if (!process.waitForStarted(-1)) {
+        std::printf("could not start %s\n", qPrintable(program));
+        total.exitCode = 1;
+        return;
+    }
     process.waitForFinished(-1);
     total.seconds += now() - t0;
     total.exitCode |= process.exitCode();
+    const QString output = QString::fromLocal8Bit(process.readAll());
+    if (process.exitCode() != 0)
+        std::printf("%s", qPrintable(output));
     static const QRegularExpression init(QStringLiteral("Init: ([0-9.e+-]+)s"));
-    for (const QString& line : QString::fromLocal8Bit(process.readAll()).split('\n')) {
+    for (const QString& line : output.split('\n')) {
         const QRegularExpressionMatch m = init.match(line);
         if (m.hasMatch())
             total.initSeconds += m.captured(1).toDouble();
@@ -97,19 +105,18 @@ int main(int argc, char** argv)
 
     QString nodes;
     for (const Baker& baker : bakers) {
+        // Baker options belong to the nodes; the root takes only shared settings.
         QString parameters;
-        for (int i = 0; i < baker.options.size(); i += 2)
-            parameters += QStringLiteral(", \"%1\": %2").arg(baker.options[i], baker.options[i + 1]);
+        const QStringList options = shared + baker.options;
+        for (int i = 0; i < options.size(); i += 2)
+            parameters += QStringLiteral(", \"%1\": %2").arg(options[i], options[i + 1]);
         nodes += QStringLiteral(", \"%1\": {\"baker\": \"%1\", \"parameters\": {\"output-name\": \"plan_%1\"%2}}")
                      .arg(QString::fromLatin1(baker.command), parameters);
     }
-    QString sharedJson;
-    for (int i = 0; i < shared.size(); i += 2)
-        sharedJson += QStringLiteral(", \"%1\": %2").arg(shared[i], shared[i + 1]);
     const QString planText =
         QStringLiteral("{\"inputs\": [\"%1\"], \"highdef-mesh\": \"%2\", \"output-path\": \"%3\", "
-                       "\"output-size\": {\"width\": %4, \"height\": %4}%5%6}")
-            .arg(low, high, dir.path(), size, sharedJson, nodes);
+                       "\"output-size\": {\"width\": %4, \"height\": %4}%5}")
+            .arg(low, high, dir.path(), size, nodes);
     const QString planPath = dir.filePath(QStringLiteral("plan.json"));
     QFile planFile(planPath);
     if (!planFile.open(QIODevice::WriteOnly) || planFile.write(planText.toUtf8()) < 0) {
