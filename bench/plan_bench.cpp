@@ -48,8 +48,10 @@ void addRun(Run& total, const QString& program, const QStringList& args)
     static const QRegularExpression init(QStringLiteral("Init: ([0-9.e+-]+)s"));
     for (const QString& line : output.split('\n')) {
         const QRegularExpressionMatch m = init.match(line);
-        if (m.hasMatch())
+        if (m.hasMatch()) {
             total.initSeconds += m.captured(1).toDouble();
+            std::printf("    %s\n", qPrintable(line.mid(line.indexOf(QStringLiteral("Baker: "))).trimmed()));
+        }
         if (line.contains(QStringLiteral("Writing file '/")))
             ++total.files;
     }
@@ -91,6 +93,7 @@ int main(int argc, char** argv)
                              QStringLiteral("max-frontal"), QStringLiteral("0.1"),
                              QStringLiteral("max-rear"), QStringLiteral("0.1")};
 
+    std::printf("four commands:\n");
     Run separate;
     for (const Baker& baker : bakers) {
         QStringList args{QString::fromLatin1(baker.command), low, QStringLiteral("--highdef-mesh"), high,
@@ -124,6 +127,7 @@ int main(int argc, char** argv)
         return 1;
     }
     planFile.close();
+    std::printf("one plan:\n");
     Run plan;
     addRun(plan, program, {QStringLiteral("run"), planPath});
 

@@ -289,6 +289,9 @@ TEST(BatchCommand, HelpAndDescriptions)
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_TRUE(help.out.contains("Batch options:\n--json <path>\n            Json file describing an execution plan."))
         << help.out.toStdString();
+    const auto description = runZmfbaker({"run", "--opt-descr"});
+    EXPECT_TRUE(description.out.contains("\"name\": \"Batch options\"")) << description.out.toStdString();
+    EXPECT_TRUE(description.out.contains("\"name\": \"force-dxr\"")) << description.out.toStdString();
     const auto all = runZmfbaker({"--help"});
     EXPECT_TRUE(all.out.contains("      run\n")) << all.out.toStdString();
     const auto udim = runZmfbaker({"position", "--help"});
