@@ -240,6 +240,23 @@ TEST(BatchCommand, EveryCoveredTile)
     EXPECT_EQ(maxDifference(QImage(commandDir + "/" + expected[1]), single), 0);
     EXPECT_GT(maxDifference(QImage(commandDir + "/" + expected[0]), single), 0);
 
+    // The same for a detail baker, whose seeds are drawn per tile.
+    const QString high = ZmfTest::examplesDir() + QStringLiteral("/pebble_high.obj");
+    const QString detailDir = ZmfTest::makeTempDir();
+    r = runZmfbaker({"run", writePlan(detailDir, plan(udimPebble(), detailDir, R"("h": {"baker": "height-from-mesh"})",
+                                                      QStringLiteral(R"("uvTiles": "auto", "highdef-mesh": "%1")")
+                                                          .arg(high)
+                                                          .toUtf8()))});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_EQ(pngFiles(detailDir), (QStringList{"pebble_udim_low_height-from-mesh_1001.png",
+                                                "pebble_udim_low_height-from-mesh_1002.png"}));
+    r = runZmfbaker({"height-from-mesh", udimPebble(), "--highdef-mesh", high, "--udim", "1001", "--output-size",
+                     "5,5", "--output-path", singleDir, "--output-name", "height"});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_EQ(maxDifference(QImage(detailDir + "/pebble_udim_low_height-from-mesh_1001.png"),
+                            QImage(singleDir + "/height.png")),
+              0);
+
     // A pattern with the tile keeps its form; a mesh in one tile gives one file.
     const QString boxDir = ZmfTest::makeTempDir();
     r = runZmfbaker({"position", boxLow(), "--udim", "auto", "--output-size", "5,5", "--output-path", boxDir,
