@@ -102,6 +102,149 @@ void refreshReferences(const PlanNode& node, const JsonSettingsMap& settings)
     }
 }
 
+// One run of a plan: the context, and the scenes kept from node to node
+// while the next one asks for the same.
+class PlanRun
+{
+public:
+    PlanRun(std::vector<PlanNode>& nodes, JsonSettingsMap& settings, TileRequest sharedTiles, QStringList sharedHigh,
+            QString sharedCage)
+        : m_nodes(nodes)
+        , m_settings(settings)
+        , m_sharedTiles(std::move(sharedTiles))
+        , m_sharedHigh(std::move(sharedHigh))
+        , m_sharedCage(std::move(sharedCage))
+        , m_context(std::make_shared<Ond::SceneLoad::SceneMgr>(Ond::SceneLoad::createSceneLoaderMgr(),
+                                                               Ond::SceneLoad::createSceneExporterMgr()))
+    {
+        applyGpuOptions(m_context, m_settings);
+    }
+
+    // Every node, in `order`, on one input.
+    void bake(const QString& input, const std::vector<size_t>& order)
+    {
+        for (PlanNode& node : m_nodes) {
+            node.writtenPath.clear();
+            node.writtenPerTile.clear();
+        }
+        for (const size_t index : order)
+            if (m_nodes[index].baker)
+                bakeNode(input, int(index));
+    }
+
+private:
+    void bakeNode(const QString& input, int index)
+    {
+        PlanNode& node = m_nodes[size_t(index)];
+        m_settings.setCurrentNode(index);
+        m_settings.setCurrentTile(std::nullopt);
+        if (!transferSettings(*node.baker, m_settings) || !applyTangentSpaceSettings(m_settings)
+            || !prepareLowScene(input))
+            return;
+        bool failed = false;
+        const Ond::SceneGraph::SceneSPtr high = highSceneOf(*node.baker, failed);
+        if (failed)
+            return;
+        QString cage = normalizePath(m_settings.getString(QStringLiteral("cage-mesh"), QString()));
+        if (cage.isEmpty())
+            cage = m_sharedCage;
+
+        const auto save = [&](const BakerSettingsMap& settings, std::optional<uint16_t> udim) {
+            const QString written =
+                saveBaker(settings, *node.baker, node.subcommand, input, m_context, m_low, high, cage);
+            record(node, written, udim);
+        };
+
+        const TileRequest tiles = tilesOfNode(m_settings, m_sharedTiles);
+        if (!tiles.everyCoveredTile && tiles.udims.empty()) {
+            save(m_settings, std::nullopt);
+            return;
+        }
+        std::vector<uint16_t> udims = tiles.udims;
+        if (tiles.everyCoveredTile) {
+            udims = bakedTilesOf(*node.baker, *m_low, input);
+            if (udims.empty())
+                record(node, QString(), std::nullopt);
+        }
+        const TileNamedSettings tileNamed(m_settings);
+        const BakerSettingsMap& settings =
+            tiles.everyCoveredTile ? static_cast<const BakerSettingsMap&>(tileNamed) : m_settings;
+        for (const uint16_t udim : udims) {
+            const auto tile = Vrn::Baking::tileOfUdim(udim);
+            if (!tile)
+                continue;
+            m_settings.setCurrentTile(udim);
+            refreshReferences(node, m_settings);
+            Ond::Baking::setPropertyValue(node.baker->properties(), "Common.UVTile", *tile);
+            save(settings, udim);
+        }
+    }
+
+    // Loads the low scene unless the last one was made the same way.
+    bool prepareLowScene(const QString& input)
+    {
+        LowSceneKey key{input, m_settings.getStringList(QStringLiteral("input-selection"), QStringList()),
+                        m_settings.getBool(QStringLiteral("recompute-tangents"), false),
+                        m_settings.getString(QStringLiteral("tangent-space-plugin"), QString()),
+                        Ond::SceneGraph::MeshProcessing::TangentSpaceGenerator::isPerFragmentBinormal()};
+        if (m_low && key == m_lowKey)
+            return true;
+        m_low = loadScene(m_context, input, key.selection, key.recomputeTangents);
+        m_lowKey = key;
+        return bool(m_low);
+    }
+
+    // None for a low-poly baker; `failed` (with the reason in the log) when a
+    // detail baker has nothing to bake from.
+    Ond::SceneGraph::SceneSPtr highSceneOf(Ond::Baking::AbstractMapBaker& baker, bool& failed)
+    {
+        failed = false;
+        if (!dynamic_cast<Ond::Baking::DetailMapBaker*>(&baker))
+            return nullptr;
+        const Ond::Baking::PropertyBag& bag = baker.properties();
+        if (bag.contains("Detail.LowAsHigh") && bag["Detail.LowAsHigh"].valueAs<bool>())
+            return m_low;
+        QStringList highMeshes =
+            normalizePaths(m_settings.getStringList(QStringLiteral("highdef-mesh"), QStringList()));
+        if (highMeshes.isEmpty())
+            highMeshes = m_sharedHigh;
+        if (highMeshes.isEmpty()) {
+            zmfBakerChannel().error(QStringLiteral("Error: No high poly scene given."));
+            failed = true;
+            return nullptr;
+        }
+        // The curvature baker loads its high meshes with less.
+        const bool lean = baker.identifier() == "curvaturefrommesh";
+        if (!m_high || highMeshes != m_highKey || lean != m_highLean) {
+            m_high = loadHighScenes(m_context, highMeshes, baker.identifier());
+            m_highKey = highMeshes;
+            m_highLean = lean;
+        }
+        failed = !m_high;
+        return m_high;
+    }
+
+    void record(PlanNode& node, const QString& written, std::optional<uint16_t> udim)
+    {
+        zmfBakerChannel().info(QStringLiteral("Writing file '%1'...").arg(written));
+        node.writtenPath = written.toStdString();
+        if (udim && !written.isEmpty())
+            node.writtenPerTile[*udim] = node.writtenPath;
+    }
+
+    std::vector<PlanNode>& m_nodes;
+    JsonSettingsMap& m_settings;
+    const TileRequest m_sharedTiles;
+    const QStringList m_sharedHigh;
+    const QString m_sharedCage;
+    Vrn::Baking::BakingContext m_context;
+    Ond::SceneGraph::SceneSPtr m_low;
+    LowSceneKey m_lowKey;
+    Ond::SceneGraph::SceneSPtr m_high;
+    QStringList m_highKey;
+    bool m_highLean = false;
+};
+
 } // namespace
 
 BatchCommand::BatchCommand()
@@ -192,106 +335,9 @@ int BatchCommand::process(const Ond::Program::ParsedValues& values)
         return 1;
     }
 
-    Vrn::Baking::BakingContext context(std::make_shared<Ond::SceneLoad::SceneMgr>(
-        Ond::SceneLoad::createSceneLoaderMgr(), Ond::SceneLoad::createSceneExporterMgr()));
-    applyGpuOptions(context, settings);
-
-    Ond::SceneGraph::SceneSPtr low;
-    LowSceneKey lowKey;
-    Ond::SceneGraph::SceneSPtr high;
-    QStringList highKey;
-    std::string highLoadKind;
-
-    for (const QString& input : inputs) {
-        for (PlanNode& node : nodes) {
-            node.writtenPath.clear();
-            node.writtenPerTile.clear();
-        }
-        for (const size_t index : order) {
-            PlanNode& node = nodes[index];
-            if (!node.baker)
-                continue;
-            settings.setCurrentNode(int(index));
-            settings.setCurrentTile(std::nullopt);
-            if (!transferSettings(*node.baker, settings))
-                continue;
-            if (!applyTangentSpaceSettings(settings))
-                continue;
-
-            LowSceneKey key{input, settings.getStringList(QStringLiteral("input-selection"), QStringList()),
-                            settings.getBool(QStringLiteral("recompute-tangents"), false),
-                            settings.getString(QStringLiteral("tangent-space-plugin"), QString()),
-                            Ond::SceneGraph::MeshProcessing::TangentSpaceGenerator::isPerFragmentBinormal()};
-            if (!low || !(key == lowKey)) {
-                low = loadScene(context, input, key.selection, key.recomputeTangents);
-                lowKey = key;
-                if (!low)
-                    continue;
-            }
-
-            QStringList highMeshes =
-                normalizePaths(settings.getStringList(QStringLiteral("highdef-mesh"), QStringList()));
-            if (highMeshes.isEmpty())
-                highMeshes = sharedHigh;
-            QString cage = normalizePath(settings.getString(QStringLiteral("cage-mesh"), QString()));
-            if (cage.isEmpty())
-                cage = sharedCage;
-
-            Ond::SceneGraph::SceneSPtr nodeHigh;
-            if (dynamic_cast<Ond::Baking::DetailMapBaker*>(node.baker.get())) {
-                const Ond::Baking::PropertyBag& bag = node.baker->properties();
-                if (bag.contains("Detail.LowAsHigh") && bag["Detail.LowAsHigh"].valueAs<bool>()) {
-                    nodeHigh = low;
-                } else if (highMeshes.isEmpty()) {
-                    log.error(QStringLiteral("Error: No high poly scene given."));
-                    continue;
-                } else {
-                    // The curvature baker loads its high meshes with less.
-                    const std::string loadKind =
-                        node.baker->identifier() == "curvaturefrommesh" ? "curvaturefrommesh" : std::string();
-                    if (!high || highMeshes != highKey || loadKind != highLoadKind) {
-                        high = loadHighScenes(context, highMeshes, node.baker->identifier());
-                        highKey = highMeshes;
-                        highLoadKind = loadKind;
-                    }
-                    if (!high)
-                        continue;
-                    nodeHigh = high;
-                }
-            }
-
-            const QString bakerName = node.subcommand;
-            const auto record = [&](const QString& written, std::optional<uint16_t> udim) {
-                log.info(QStringLiteral("Writing file '%1'...").arg(written));
-                node.writtenPath = written.toStdString();
-                if (udim && !written.isEmpty())
-                    node.writtenPerTile[*udim] = node.writtenPath;
-            };
-
-            const TileRequest tiles = tilesOfNode(settings, sharedTiles);
-            std::vector<uint16_t> udims = tiles.udims;
-            if (tiles.everyCoveredTile) {
-                udims = bakedTilesOf(*node.baker, *low, input);
-                if (udims.empty())
-                    record(QString(), std::nullopt);
-            }
-            const TileNamedSettings tileNamed(settings);
-            const BakerSettingsMap& nodeSettings =
-                tiles.everyCoveredTile ? static_cast<const BakerSettingsMap&>(tileNamed) : settings;
-            if (udims.empty() && !tiles.everyCoveredTile)
-                record(saveBaker(settings, *node.baker, bakerName, input, context, low, nodeHigh, cage),
-                       std::nullopt);
-            for (const uint16_t udim : udims) {
-                const auto tile = Vrn::Baking::tileOfUdim(udim);
-                if (!tile)
-                    continue;
-                settings.setCurrentTile(udim);
-                refreshReferences(node, settings);
-                Ond::Baking::setPropertyValue(node.baker->properties(), "Common.UVTile", *tile);
-                record(saveBaker(nodeSettings, *node.baker, bakerName, input, context, low, nodeHigh, cage), udim);
-            }
-        }
-    }
+    PlanRun run(nodes, settings, sharedTiles, sharedHigh, sharedCage);
+    for (const QString& input : inputs)
+        run.bake(input, order);
     return 0;
 }
 

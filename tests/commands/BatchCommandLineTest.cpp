@@ -240,12 +240,39 @@ TEST(BatchCommand, EveryCoveredTile)
     EXPECT_EQ(maxDifference(QImage(commandDir + "/" + expected[1]), single), 0);
     EXPECT_GT(maxDifference(QImage(commandDir + "/" + expected[0]), single), 0);
 
+    // The same for a detail baker, whose seeds are drawn per tile.
+    const QString high = ZmfTest::examplesDir() + QStringLiteral("/pebble_high.obj");
+    const QString detailDir = ZmfTest::makeTempDir();
+    r = runZmfbaker({"run", writePlan(detailDir, plan(udimPebble(), detailDir, R"("h": {"baker": "height-from-mesh"})",
+                                                      QStringLiteral(R"("uvTiles": "auto", "highdef-mesh": "%1")")
+                                                          .arg(high)
+                                                          .toUtf8()))});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_EQ(pngFiles(detailDir), (QStringList{"pebble_udim_low_height-from-mesh_1001.png",
+                                                "pebble_udim_low_height-from-mesh_1002.png"}));
+    r = runZmfbaker({"height-from-mesh", udimPebble(), "--highdef-mesh", high, "--udim", "1001", "--output-size",
+                     "5,5", "--output-path", singleDir, "--output-name", "height"});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_EQ(maxDifference(QImage(detailDir + "/pebble_udim_low_height-from-mesh_1001.png"),
+                            QImage(singleDir + "/height.png")),
+              0);
+
     // A pattern with the tile keeps its form; a mesh in one tile gives one file.
     const QString boxDir = ZmfTest::makeTempDir();
     r = runZmfbaker({"position", boxLow(), "--udim", "auto", "--output-size", "5,5", "--output-path", boxDir,
                      "--output-name", "{udim}-{mesh}"});
     EXPECT_EQ(r.exitCode, 0);
     EXPECT_EQ(pngFiles(boxDir), QStringList{"1001-box_low.png"});
+
+    // A mesh without UVs covers no tile: told, and nothing written.
+    const QString noUvDir = ZmfTest::makeTempDir();
+    const QString noUv = ZmfTest::examplesDir() + QStringLiteral("/pebble_high.obj");
+    r = runZmfbaker({"position", noUv, "--udim", "auto", "--output-path", noUvDir});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_EQ(r.err,
+              QStringLiteral("[ERROR][ZMFBaker]Error: The uv set 0 of \"%1\" covers no uv tile, nothing to bake.\n")
+                  .arg(noUv));
+    EXPECT_EQ(pngFiles(noUvDir), QStringList());
 }
 
 TEST(BatchCommand, ReferenceReadsTheProducersFileOfTheSameTile)
@@ -289,6 +316,9 @@ TEST(BatchCommand, HelpAndDescriptions)
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_TRUE(help.out.contains("Batch options:\n--json <path>\n            Json file describing an execution plan."))
         << help.out.toStdString();
+    const auto description = runZmfbaker({"run", "--opt-descr"});
+    EXPECT_TRUE(description.out.contains("\"name\": \"Batch options\"")) << description.out.toStdString();
+    EXPECT_TRUE(description.out.contains("\"name\": \"force-dxr\"")) << description.out.toStdString();
     const auto all = runZmfbaker({"--help"});
     EXPECT_TRUE(all.out.contains("      run\n")) << all.out.toStdString();
     const auto udim = runZmfbaker({"position", "--help"});
