@@ -412,6 +412,46 @@ TEST(CurvatureMapBaker, SeamsOnlyAlongHardEdges)
         // A right-angled convex fold: 0.5 + 1/4 at seams intensity 1.
         EXPECT_NEAR(line, 0.75f, 1e-3f);
     }
+
+    // Intensity 0.5 squares the quarter turn.
+    const SurfaceSPtr weaker = bake(file, perVertex + QStringList{"--seams-power", "0.5"});
+    ASSERT_TRUE(weaker);
+    float line = 0.0f;
+    for (float v : values(weaker, [&](float u, float) { return std::abs(u - cornerU) < 1.5f / 256.0f; }))
+        line = std::max(line, v);
+    EXPECT_NEAR(line, 0.5625f, 1e-3f);
+}
+
+TEST(CurvatureMapBaker, UvTileBakesTheSquareItNames)
+{
+    Shape step = filletedStep();
+    const QString home = step.write();
+    for (auto& uv : step.uvs)
+        uv.x() += 1.0f;
+    const QString shifted = step.write();
+    for (const QStringList& algorithm : {perVertex, perPixel}) {
+        const SurfaceSPtr a = bake(home, algorithm);
+        const SurfaceSPtr b = bake(shifted, algorithm + QStringList{"--uv-tile", "1,0"});
+        const SurfaceSPtr outside = bake(shifted, algorithm);
+        ASSERT_TRUE(a && b && outside);
+        const std::vector<float> va = values(a, [](float, float) { return true; });
+        const std::vector<float> vb = values(b, [](float, float) { return true; });
+        ASSERT_GT(va.size(), 60000u);
+        ASSERT_EQ(va.size(), vb.size());
+        // UVs one further lose bits: a texel on an island border may turn
+        // out another way, nothing more.
+        size_t differing = 0;
+        float worst = 0.0f;
+        for (size_t i = 0; i < va.size(); ++i) {
+            differing += std::abs(va[i] - vb[i]) > 1e-4f;
+            worst = std::max(worst, std::abs(va[i] - vb[i]));
+        }
+        std::cout << algorithm.join(' ').toStdString() << ": " << differing << " texels differ, by "
+                  << worst << " at most" << std::endl;
+        EXPECT_LT(differing, va.size() / 500);
+        EXPECT_LT(worst, 0.01f);
+        EXPECT_TRUE(values(outside, [](float, float) { return true; }).empty());
+    }
 }
 
 TEST(CurvatureMapBaker, PerVertexAndPerPixelAgreeInSignOnTheLowBox)
