@@ -3,6 +3,9 @@
 // known, and on the low box of the reference pair.
 
 #include "BoxPairTestUtil.h"
+#include "LowPolyBakeTestUtil.h"
+
+#include "baking/lowpoly/CurvatureMapBaker.h"
 
 #include "baking/lowpoly/CurvaturePreparation.h"
 #include "common/ProcessRunner.h"
@@ -543,4 +546,30 @@ TEST(CurvatureMapBaker, NormalMapRouteTangentOrWorldSpaceAndGreenConvention)
     ASSERT_GT(world.size(), 20000u);
     std::cout << "sphere from its world-space map: worst gap " << worstGap(world, 0.53f) << std::endl;
     EXPECT_LT(worstGap(world, 0.53f), 2e-3f);
+}
+
+using CurvatureBakerTest = LowPolyTest::BakerFixture<CurvatureMapBaker, 6>;
+
+TEST_F(CurvatureBakerTest, ProgressLabelsNothingSelectedAndCancel)
+{
+    // Per pixel: the world-space normals first, then the curvature.
+    ASSERT_TRUE(bake(LowPolyTest::makeQuad({0, 0, 1}, {1, 0, 0}, {0, 1, 0})));
+    EXPECT_EQ(context.progressLabels,
+              (std::vector<QString>{"Normal world space map computation", "Curvature map computation"}));
+
+    // Nothing selected: the map stays cleared.
+    LowPolyTest::setProperty(baker.properties(), "Curvature.PerVertex", 1);
+    const SurfaceSPtr none = bake(LowPolyTest::makeQuad({0, 0, 1}, {1, 0, 0}, {0, 1, 0}, {0, 0}, false));
+    ASSERT_TRUE(none);
+    ASSERT_EQ(none->width(), 64u);
+    for (uint32_t y = 0; y < 64; ++y)
+        for (uint32_t x = 0; x < 64; ++x)
+            ASSERT_EQ(none->readPixel(x, y), Eigen::Vector4f::Zero());
+
+    // Cancelled before the first tile: an empty map and no failure.
+    context.cancelAfterChecks = 0;
+    context.checks = 0;
+    const SurfaceSPtr cancelled = bake(LowPolyTest::makeQuad({0, 0, 1}, {1, 0, 0}, {0, 1, 0}));
+    ASSERT_TRUE(cancelled);
+    EXPECT_EQ(cancelled->readPixel(32, 32), Eigen::Vector4f::Zero());
 }
