@@ -573,3 +573,45 @@ TEST_F(CurvatureBakerTest, ProgressLabelsNothingSelectedAndCancel)
     ASSERT_TRUE(cancelled);
     EXPECT_EQ(cancelled->readPixel(32, 32), Eigen::Vector4f::Zero());
 }
+
+TEST_F(CurvatureBakerTest, LoneTriangleSpreadsTheLargestNormalCurvatureOfEachCorner)
+{
+    // Two neighbours per corner: the fit is singular and each corner keeps
+    // its largest directional curvature, interpolated over the triangle.
+    LowPolyTest::setProperty(baker.properties(), "Curvature.PerVertex", 1);
+    LowPolyTest::setProperty(baker.properties(), "Curvature.EnableSeams", false);
+    const Eigen::Vector3f corners[3] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    std::vector<LowPolyTest::Vertex> vertices;
+    Eigen::Vector3f normals[3];
+    for (int i = 0; i < 3; ++i) {
+        normals[i] = Eigen::Vector3f(corners[i].x() - 0.3f, corners[i].y() - 0.3f, 1.0f).normalized();
+        vertices.push_back({corners[i], corners[i].head<2>(), normals[i], {1, 0, 0}, {0, 1, 0}});
+    }
+    float expected[3];
+    for (int i = 0; i < 3; ++i) {
+        float km = -10000.0f;
+        for (int j = 0; j < 3; ++j) {
+            if (j == i)
+                continue;
+            const Eigen::Vector3f d = (corners[j] - corners[i]) * 200.0f; // 200 over the extent of 1
+            km = std::max(km, -d.dot(normals[j] - normals[i]) / d.dot(d));
+        }
+        expected[i] = -km * 0.5f + 0.5f;
+    }
+    ASSERT_GT(std::abs(expected[0] - 0.5f), 1e-3f);
+    const SurfaceSPtr map = bake(LowPolyTest::makeScene(vertices, {0, 1, 2}));
+    ASSERT_TRUE(map);
+    int checked = 0;
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x) {
+            const Eigen::Vector2f uv = LowPolyTest::texelUv(x, y, 64, 64);
+            const float w1 = uv.x(), w2 = uv.y(), w0 = 1.0f - w1 - w2;
+            if (w0 < 0.02f)
+                continue; // the long edge's texels
+            const Eigen::Vector4f t = LowPolyTest::texel(*map, x, y);
+            ASSERT_EQ(t.w(), 1.0f) << x << ' ' << y;
+            EXPECT_NEAR(t.x(), w0 * expected[0] + w1 * expected[1] + w2 * expected[2], 1e-4f) << x << ' ' << y;
+            ++checked;
+        }
+    EXPECT_GT(checked, 1800);
+}
