@@ -521,6 +521,11 @@ TEST(CurvatureMapBaker, NormalMapRouteTangentOrWorldSpaceAndGreenConvention)
     EXPECT_GT(openGL, 0.51f);
     EXPECT_LT(directX, 0.49f);
     EXPECT_NEAR(openGL - 0.5f, 0.5f - directX, 0.002f);
+    // A map half the output's size is read between its texels, filtered.
+    const float larger =
+        mean(values(bake(flat, perPixel + map + QStringList{"--normal-format", "0"}, nullptr, 9), middle));
+    std::cout << "the same map under a 512 x 512 output: " << larger << std::endl;
+    EXPECT_NEAR(larger, openGL, 0.002f);
 
     // A map that does not load is no map: the plane stays flat.
     const std::vector<float> missing =
