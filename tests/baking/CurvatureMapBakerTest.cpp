@@ -205,6 +205,27 @@ Shape plane()
     return s;
 }
 
+// A wavy height field of n x n quads over the unit square, UVs its plan,
+// normals analytic.
+Shape wavyGrid(int n)
+{
+    Shape s;
+    for (int j = 0; j <= n; ++j)
+        for (int i = 0; i <= n; ++i) {
+            const float u = float(i) / float(n), v = float(j) / float(n);
+            const float h = 0.05f * std::sin(12 * u) * std::cos(9 * v);
+            const Eigen::Vector3f normal(-0.6f * std::cos(12 * u) * std::cos(9 * v), 1.0f,
+                                         0.45f * std::sin(12 * u) * std::sin(9 * v));
+            s.add({u, h, -v}, normal.cwiseProduct(Eigen::Vector3f(1, 1, -1)), {u, v});
+        }
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < n; ++i) {
+            const uint32_t a = uint32_t(j * (n + 1) + i);
+            s.quad(a, a + 1, a + uint32_t(n) + 2, a + uint32_t(n) + 1);
+        }
+    return s;
+}
+
 // Bakes `mesh` at 2^side (256) squared into a float TIFF, without dilation
 // or diffusion, and loads it as RGBA float.
 SurfaceSPtr bake(const QString& mesh, const QStringList& options, QString* log = nullptr, int side = 8)
@@ -619,4 +640,34 @@ TEST_F(CurvatureBakerTest, LoneTriangleSpreadsTheLargestNormalCurvatureOfEachCor
             ++checked;
         }
     EXPECT_GT(checked, 1800);
+}
+
+TEST(CurvatureMapBaker, BothAlgorithmsDrawTheSameWavesOnAFineGrid)
+{
+    // 45000 triangles: the packed textures run over hundreds of rows.
+    const Shape grid = wavyGrid(150);
+    const CurvatureGpuData packed = prepareCurvatureMesh(grid.curvatureMesh(), true, false, 1.0f);
+    EXPECT_GE(packed.log2Width, 8);
+    EXPECT_GT(packed.connections.size() >> packed.log2Width, 100u);
+
+    const QString file = grid.write();
+    const QStringList details{"--details", "1"};
+    const SurfaceSPtr vertex = bake(file, perVertex + details), pixel = bake(file, perPixel + details);
+    ASSERT_TRUE(vertex && pixel);
+    const auto inner = [](float u, float v) { return u > 0.02f && u < 0.98f && v > 0.02f && v < 0.98f; };
+    const std::vector<float> a = values(vertex, inner), b = values(pixel, inner);
+    ASSERT_EQ(a.size(), b.size());
+    ASSERT_GT(a.size(), 50000u);
+    const double ma = mean(a), mb = mean(b);
+    double sab = 0, saa = 0, sbb = 0;
+    for (size_t i = 0; i < a.size(); ++i) {
+        sab += (a[i] - ma) * (b[i] - mb);
+        saa += (a[i] - ma) * (a[i] - ma);
+        sbb += (b[i] - mb) * (b[i] - mb);
+    }
+    const double pearson = sab / std::sqrt(saa * sbb);
+    std::cout << "wavy grid: per vertex against per pixel, Pearson " << pearson << ", spread " << std::sqrt(saa / a.size())
+              << " and " << std::sqrt(sbb / b.size()) << std::endl;
+    EXPECT_GT(pearson, 0.95);
+    EXPECT_NEAR(std::sqrt(saa / a.size()), std::sqrt(sbb / b.size()), 0.2 * std::sqrt(saa / a.size()));
 }
