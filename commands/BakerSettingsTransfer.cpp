@@ -1,6 +1,7 @@
 #include "commands/BakerSettingsTransfer.h"
 
 #include "commands/PathNormalization.h"
+#include "commands/UvTileList.h"
 
 #include "baking/AbstractBaker.h"
 #include "baking/PropertyCatalogue.h"
@@ -31,6 +32,9 @@ uint16_t requestedUdim(const BakerSettingsMap& settings)
         return 0;
     }
     if (settings.has(kUdim)) {
+        // Every covered tile: the caller loops over them, the first one stands for now.
+        if (UvTileList::isAuto(settings.getString(kUdim, QString())))
+            return 1001;
         bool ok = false;
         const uint16_t udim = settings.getString(kUdim, QString()).toUShort(&ok);
         return ok && udim >= 1001 ? udim : 0;

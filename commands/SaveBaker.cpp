@@ -15,6 +15,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 
 namespace ProgramCommand {
 
@@ -27,17 +28,21 @@ constexpr uint32_t CageLoadFlags = 16;
 
 const QString SvgFormat = QStringLiteral("svg");
 
+// The text goes to a temporary file renamed over the target once complete:
+// a reader never sees half a document, and a failure leaves no file. A
+// bake that drew nothing has no document to write.
 bool writeSvg(const QString& filePath, const QByteArray& svg)
 {
-    QFile file(filePath);
+    if (svg.isEmpty())
+        return false;
+    QSaveFile file(filePath);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
         return false;
-    if (file.write(svg) != svg.size() || !file.flush()) {
-        file.close();
-        file.remove();
+    if (file.write(svg) != svg.size()) {
+        file.cancelWriting();
         return false;
     }
-    return true;
+    return file.commit();
 }
 
 } // namespace
