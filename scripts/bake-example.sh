@@ -12,6 +12,7 @@ low=examples/pebble_low.obj
 for baker in normal-world-space position world-space-direction ambient-occlusion; do
   ./build/zmfbaker -v "$baker" "$low" --output-size 10,10 --output-path out
 done
+./build/zmfbaker -v curvature "$low" --output-size 10,10 --output-path out
 high=examples/pebble_high.obj
 for baker in normal-from-mesh ambient-occlusion-from-mesh; do
   ./build/zmfbaker -v "$baker" "$low" --highdef-mesh "$high" --output-size 10,10 --output-path out

@@ -68,9 +68,12 @@ void bindTexture(GLProgram& program, const char* sampler, int unit, unsigned tex
 class CurvatureStage
 {
 public:
+    // sameGrid: the map has the output's size, so that every sample of the
+    // per-pixel pass falls on a texel centre, where linear filtering would
+    // read one texel at four times the cost.
     CurvatureStage(const CurvatureMesh& mesh, const CurvatureGpuData* gpu, const CurvatureParameters& parameters,
-                   float scale)
-        : m_mesh(mesh), m_gpu(gpu), m_parameters(parameters), m_scale(scale)
+                   float scale, bool sameGrid)
+        : m_mesh(mesh), m_gpu(gpu), m_parameters(parameters), m_scale(scale), m_sameGrid(sameGrid)
     {
     }
 
@@ -133,7 +136,7 @@ public:
         if (m_parameters.perPixel) {
             if (!mapTile || mapTile->isEmpty())
                 return;
-            normals = uploadTexture(*mapTile, true, true);
+            normals = uploadTexture(*mapTile, !m_sameGrid, true);
             positions.emplace(int(mapTile->width()), int(mapTile->height()));
             if (!positions->isValid()) {
                 deleteTexture(normals);
@@ -156,8 +159,9 @@ public:
             p.setVec4("uvWindow", uvWindow[0], uvWindow[1], uvWindow[2], uvWindow[3]);
             p.setVec4("normalWindow", mapWindow[0], mapWindow[1], mapWindow[2], mapWindow[3]);
             glBindTexture(GL_TEXTURE_2D, positions->texture());
-            glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-            glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+            const GLint filter = m_sameGrid ? GL_NEAREST : GL_LINEAR;
+            glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, filter);
+            glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, filter);
             bindTexture(p, "smppos", 0, positions->texture());
             bindTexture(p, "smpnrm", 1, normals);
             glBindVertexArray(m_meshArray);
@@ -327,6 +331,7 @@ private:
     const CurvatureGpuData* m_gpu;
     CurvatureParameters m_parameters;
     float m_scale;
+    bool m_sameGrid;
 
     GLProgramSPtr m_drawProgram, m_groupProgram, m_pixelProgram, m_seamsProgram, m_spreadProgram;
     std::vector<unsigned> m_buffers, m_vertexArrays, m_textures;
@@ -413,7 +418,9 @@ Surfaces::SurfaceSPtr CurvatureMapBaker::process(AbstractBakingContext& context,
             m_timings.preparation = millisecondsSince(preparationStart);
 
             Clock::time_point passesStart = Clock::now();
-            CurvatureStage stage(collect.mesh, gpu ? &*gpu : nullptr, curvature, scale);
+            const bool sameGrid = mapGrid.surface() && mapGrid.surface()->width() == output->width()
+                && mapGrid.surface()->height() == output->height();
+            CurvatureStage stage(collect.mesh, gpu ? &*gpu : nullptr, curvature, scale, sameGrid);
             const int columns = outputGrid.columns();
             const int rows = outputGrid.rowCount();
             if (stage.prepare() && columns > 0 && rows > 0) {

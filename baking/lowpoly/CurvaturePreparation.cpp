@@ -43,6 +43,10 @@ bool CollectMeshDataVisitor::visitMesh(const MeshItem& item)
         out[i].uv = uvs && uvs->size() == n ? (*uvs)[i] : Eigen::Vector2f::Zero();
     }
 
+    size_t indexCount = 0;
+    for (const SceneGraph::SubMesh& sub : data.getSubMeshes())
+        indexCount += sub.indices ? sub.indices->size() : 0;
+    mesh.triangles.reserve(mesh.triangles.size() + indexCount);
     for (const SceneGraph::SubMesh& sub : data.getSubMeshes()) {
         if (sub.primitiveType != SceneGraph::PrimitiveType::Triangles || sub.indicesPerPrimitive != 3 || !sub.indices
             || !passesMeshMask(selectionMaskFromRenderFlags(sub.renderFlags.value()), m_meshMask))

@@ -27,12 +27,12 @@ struct CurvatureMesh
     std::vector<uint32_t> triangles; // 3 per triangle
 };
 
-// Selected meshes (mask 2) in world space, their triangles over the chosen
-// UV set, appended into one mesh.
+// Selected meshes (mask 2 by default) in world space, their triangles over
+// the chosen UV set, appended into one mesh.
 class CollectMeshDataVisitor : public SceneVisitor
 {
 public:
-    explicit CollectMeshDataVisitor(uint32_t uvSet) : SceneVisitor(2, uvSet) {}
+    explicit CollectMeshDataVisitor(uint32_t uvSet, uint32_t meshMask = 2) : SceneVisitor(meshMask, uvSet) {}
     bool visitMesh(const MeshItem& item) override;
 
     CurvatureMesh mesh;

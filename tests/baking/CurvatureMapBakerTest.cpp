@@ -3,6 +3,9 @@
 // known, and on the low box of the reference pair.
 
 #include "BoxPairTestUtil.h"
+#include "LowPolyBakeTestUtil.h"
+
+#include "baking/lowpoly/CurvatureMapBaker.h"
 
 #include "baking/lowpoly/CurvaturePreparation.h"
 #include "common/ProcessRunner.h"
@@ -199,6 +202,27 @@ Shape plane()
         for (int i = 0; i < n; ++i)
             s.quad(uint32_t(j * (n + 1) + i), uint32_t(j * (n + 1) + i + 1), uint32_t((j + 1) * (n + 1) + i + 1),
                    uint32_t((j + 1) * (n + 1) + i));
+    return s;
+}
+
+// A wavy height field of n x n quads over the unit square, UVs its plan,
+// normals analytic.
+Shape wavyGrid(int n)
+{
+    Shape s;
+    for (int j = 0; j <= n; ++j)
+        for (int i = 0; i <= n; ++i) {
+            const float u = float(i) / float(n), v = float(j) / float(n);
+            const float h = 0.05f * std::sin(12 * u) * std::cos(9 * v);
+            const Eigen::Vector3f normal(-0.6f * std::cos(12 * u) * std::cos(9 * v), 1.0f,
+                                         0.45f * std::sin(12 * u) * std::sin(9 * v));
+            s.add({u, h, -v}, normal.cwiseProduct(Eigen::Vector3f(1, 1, -1)), {u, v});
+        }
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < n; ++i) {
+            const uint32_t a = uint32_t(j * (n + 1) + i);
+            s.quad(a, a + 1, a + uint32_t(n) + 2, a + uint32_t(n) + 1);
+        }
     return s;
 }
 
@@ -412,6 +436,46 @@ TEST(CurvatureMapBaker, SeamsOnlyAlongHardEdges)
         // A right-angled convex fold: 0.5 + 1/4 at seams intensity 1.
         EXPECT_NEAR(line, 0.75f, 1e-3f);
     }
+
+    // Intensity 0.5 squares the quarter turn.
+    const SurfaceSPtr weaker = bake(file, perVertex + QStringList{"--seams-power", "0.5"});
+    ASSERT_TRUE(weaker);
+    float line = 0.0f;
+    for (float v : values(weaker, [&](float u, float) { return std::abs(u - cornerU) < 1.5f / 256.0f; }))
+        line = std::max(line, v);
+    EXPECT_NEAR(line, 0.5625f, 1e-3f);
+}
+
+TEST(CurvatureMapBaker, UvTileBakesTheSquareItNames)
+{
+    Shape step = filletedStep();
+    const QString home = step.write();
+    for (auto& uv : step.uvs)
+        uv.x() += 1.0f;
+    const QString shifted = step.write();
+    for (const QStringList& algorithm : {perVertex, perPixel}) {
+        const SurfaceSPtr a = bake(home, algorithm);
+        const SurfaceSPtr b = bake(shifted, algorithm + QStringList{"--uv-tile", "1,0"});
+        const SurfaceSPtr outside = bake(shifted, algorithm);
+        ASSERT_TRUE(a && b && outside);
+        const std::vector<float> va = values(a, [](float, float) { return true; });
+        const std::vector<float> vb = values(b, [](float, float) { return true; });
+        ASSERT_GT(va.size(), 60000u);
+        ASSERT_EQ(va.size(), vb.size());
+        // UVs one further lose bits: a texel on an island border may turn
+        // out another way, nothing more.
+        size_t differing = 0;
+        float worst = 0.0f;
+        for (size_t i = 0; i < va.size(); ++i) {
+            differing += std::abs(va[i] - vb[i]) > 1e-4f;
+            worst = std::max(worst, std::abs(va[i] - vb[i]));
+        }
+        std::cout << algorithm.join(' ').toStdString() << ": " << differing << " texels differ, by "
+                  << worst << " at most" << std::endl;
+        EXPECT_LT(differing, va.size() / 500);
+        EXPECT_LT(worst, 0.01f);
+        EXPECT_TRUE(values(outside, [](float, float) { return true; }).empty());
+    }
 }
 
 TEST(CurvatureMapBaker, PerVertexAndPerPixelAgreeInSignOnTheLowBox)
@@ -478,6 +542,11 @@ TEST(CurvatureMapBaker, NormalMapRouteTangentOrWorldSpaceAndGreenConvention)
     EXPECT_GT(openGL, 0.51f);
     EXPECT_LT(directX, 0.49f);
     EXPECT_NEAR(openGL - 0.5f, 0.5f - directX, 0.002f);
+    // A map half the output's size is read between its texels, filtered.
+    const float larger =
+        mean(values(bake(flat, perPixel + map + QStringList{"--normal-format", "0"}, nullptr, 9), middle));
+    std::cout << "the same map under a 512 x 512 output: " << larger << std::endl;
+    EXPECT_NEAR(larger, openGL, 0.002f);
 
     // A map that does not load is no map: the plane stays flat.
     const std::vector<float> missing =
@@ -503,4 +572,102 @@ TEST(CurvatureMapBaker, NormalMapRouteTangentOrWorldSpaceAndGreenConvention)
     ASSERT_GT(world.size(), 20000u);
     std::cout << "sphere from its world-space map: worst gap " << worstGap(world, 0.53f) << std::endl;
     EXPECT_LT(worstGap(world, 0.53f), 2e-3f);
+}
+
+using CurvatureBakerTest = LowPolyTest::BakerFixture<CurvatureMapBaker, 6>;
+
+TEST_F(CurvatureBakerTest, ProgressLabelsNothingSelectedAndCancel)
+{
+    // Per pixel: the world-space normals first, then the curvature.
+    ASSERT_TRUE(bake(LowPolyTest::makeQuad({0, 0, 1}, {1, 0, 0}, {0, 1, 0})));
+    EXPECT_EQ(context.progressLabels,
+              (std::vector<QString>{"Normal world space map computation", "Curvature map computation"}));
+
+    // Nothing selected: the map stays cleared.
+    LowPolyTest::setProperty(baker.properties(), "Curvature.PerVertex", 1);
+    const SurfaceSPtr none = bake(LowPolyTest::makeQuad({0, 0, 1}, {1, 0, 0}, {0, 1, 0}, {0, 0}, false));
+    ASSERT_TRUE(none);
+    ASSERT_EQ(none->width(), 64u);
+    for (uint32_t y = 0; y < 64; ++y)
+        for (uint32_t x = 0; x < 64; ++x)
+            ASSERT_EQ(none->readPixel(x, y), Eigen::Vector4f::Zero());
+
+    // Cancelled before the first tile: an empty map and no failure.
+    context.cancelAfterChecks = 0;
+    context.checks = 0;
+    const SurfaceSPtr cancelled = bake(LowPolyTest::makeQuad({0, 0, 1}, {1, 0, 0}, {0, 1, 0}));
+    ASSERT_TRUE(cancelled);
+    EXPECT_EQ(cancelled->readPixel(32, 32), Eigen::Vector4f::Zero());
+}
+
+TEST_F(CurvatureBakerTest, LoneTriangleSpreadsTheLargestNormalCurvatureOfEachCorner)
+{
+    // Two neighbours per corner: the fit is singular and each corner keeps
+    // its largest directional curvature, interpolated over the triangle.
+    LowPolyTest::setProperty(baker.properties(), "Curvature.PerVertex", 1);
+    LowPolyTest::setProperty(baker.properties(), "Curvature.EnableSeams", false);
+    const Eigen::Vector3f corners[3] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    std::vector<LowPolyTest::Vertex> vertices;
+    Eigen::Vector3f normals[3];
+    for (int i = 0; i < 3; ++i) {
+        normals[i] = Eigen::Vector3f(corners[i].x() - 0.3f, corners[i].y() - 0.3f, 1.0f).normalized();
+        vertices.push_back({corners[i], corners[i].head<2>(), normals[i], {1, 0, 0}, {0, 1, 0}});
+    }
+    float expected[3];
+    for (int i = 0; i < 3; ++i) {
+        float km = -10000.0f;
+        for (int j = 0; j < 3; ++j) {
+            if (j == i)
+                continue;
+            const Eigen::Vector3f d = (corners[j] - corners[i]) * 200.0f; // 200 over the extent of 1
+            km = std::max(km, -d.dot(normals[j] - normals[i]) / d.dot(d));
+        }
+        expected[i] = -km * 0.5f + 0.5f;
+    }
+    ASSERT_GT(std::abs(expected[0] - 0.5f), 1e-3f);
+    const SurfaceSPtr map = bake(LowPolyTest::makeScene(vertices, {0, 1, 2}));
+    ASSERT_TRUE(map);
+    int checked = 0;
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x) {
+            const Eigen::Vector2f uv = LowPolyTest::texelUv(x, y, 64, 64);
+            const float w1 = uv.x(), w2 = uv.y(), w0 = 1.0f - w1 - w2;
+            if (w0 < 0.02f)
+                continue; // the long edge's texels
+            const Eigen::Vector4f t = LowPolyTest::texel(*map, x, y);
+            ASSERT_EQ(t.w(), 1.0f) << x << ' ' << y;
+            EXPECT_NEAR(t.x(), w0 * expected[0] + w1 * expected[1] + w2 * expected[2], 1e-4f) << x << ' ' << y;
+            ++checked;
+        }
+    EXPECT_GT(checked, 1800);
+}
+
+TEST(CurvatureMapBaker, BothAlgorithmsDrawTheSameWavesOnAFineGrid)
+{
+    // 45000 triangles: the packed textures run over hundreds of rows.
+    const Shape grid = wavyGrid(150);
+    const CurvatureGpuData packed = prepareCurvatureMesh(grid.curvatureMesh(), true, false, 1.0f);
+    EXPECT_GE(packed.log2Width, 8);
+    EXPECT_GT(packed.connections.size() >> packed.log2Width, 100u);
+
+    const QString file = grid.write();
+    const QStringList details{"--details", "1"};
+    const SurfaceSPtr vertex = bake(file, perVertex + details), pixel = bake(file, perPixel + details);
+    ASSERT_TRUE(vertex && pixel);
+    const auto inner = [](float u, float v) { return u > 0.02f && u < 0.98f && v > 0.02f && v < 0.98f; };
+    const std::vector<float> a = values(vertex, inner), b = values(pixel, inner);
+    ASSERT_EQ(a.size(), b.size());
+    ASSERT_GT(a.size(), 50000u);
+    const double ma = mean(a), mb = mean(b);
+    double sab = 0, saa = 0, sbb = 0;
+    for (size_t i = 0; i < a.size(); ++i) {
+        sab += (a[i] - ma) * (b[i] - mb);
+        saa += (a[i] - ma) * (a[i] - ma);
+        sbb += (b[i] - mb) * (b[i] - mb);
+    }
+    const double pearson = sab / std::sqrt(saa * sbb);
+    std::cout << "wavy grid: per vertex against per pixel, Pearson " << pearson << ", spread " << std::sqrt(saa / a.size())
+              << " and " << std::sqrt(sbb / b.size()) << std::endl;
+    EXPECT_GT(pearson, 0.95);
+    EXPECT_NEAR(std::sqrt(saa / a.size()), std::sqrt(sbb / b.size()), 0.2 * std::sqrt(saa / a.size()));
 }
