@@ -1,5 +1,6 @@
 #include "commands/SaveBaker.h"
 
+#include "commands/AtomicFileWriter.h"
 #include "commands/OutputNaming.h"
 
 #include "baking/AbstractMapBaker.h"
@@ -29,15 +30,8 @@ const QString SvgFormat = QStringLiteral("svg");
 
 bool writeSvg(const QString& filePath, const QByteArray& svg)
 {
-    QFile file(filePath);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
-        return false;
-    if (file.write(svg) != svg.size() || !file.flush()) {
-        file.close();
-        file.remove();
-        return false;
-    }
-    return true;
+    return writeFileAtomically(
+        filePath, [&svg](QFile& file) { return file.write(svg) == svg.size(); }, QIODevice::Text);
 }
 
 } // namespace
@@ -53,25 +47,19 @@ bool isKnownOutputFormat(const QString& format)
 
 bool writeSurface(const QString& filePath, const Ond::Surfaces::SurfaceSPtr& surface, const QString& compression)
 {
-    QFile file(filePath);
-    if (!file.open(QIODevice::WriteOnly))
+    if (!surface)
         return false;
-    const auto codec = Ond::Surfaces::SurfaceCodecManager::instance().findCodec(
-        &file, QFileInfo(filePath).suffix().toUtf8(), Ond::Surfaces::CapabilityWrite);
-    bool written = false;
-    if (codec && surface) {
+    return writeFileAtomically(filePath, [&](QFile& file) {
+        const auto codec = Ond::Surfaces::SurfaceCodecManager::instance().findCodec(
+            &file, QFileInfo(filePath).suffix().toUtf8(), Ond::Surfaces::CapabilityWrite);
+        if (!codec)
+            return false;
         Ond::Surfaces::CodecOptions options;
         options.insert(QStringLiteral("compression"), compression);
         options.insert(QStringLiteral("png_compression"), QStringLiteral("best_speed"));
         codec->setOptions(options);
-        written = codec->write(surface);
-    }
-    if (!written) {
-        // A failed codec may have written part of an image.
-        file.close();
-        file.remove();
-    }
-    return written;
+        return codec->write(surface);
+    });
 }
 
 QString saveBaker(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBaker& baker, const QString& bakerName,
