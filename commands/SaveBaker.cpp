@@ -1,6 +1,7 @@
 #include "commands/SaveBaker.h"
 
 #include "commands/AtomicFileWriter.h"
+#include "commands/MemoryBudget.h"
 #include "commands/OutputNaming.h"
 
 #include "baking/AbstractMapBaker.h"
@@ -82,6 +83,18 @@ QString saveBaker(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBake
                                                                     QStringLiteral("_low")));
     MeshNameSuffixes::set(MeshNameSuffixes::High, settings.getString(QStringLiteral("name-suffix-high"),
                                                                      QStringLiteral("_high")));
+
+    // Refused before any surface exists, rather than ended by the kernel.
+    if (baker.properties().contains("Common.OutputSize")) {
+        const auto exponents = baker.properties()["Common.OutputSize"].valueAs<Ond::Baking::ComparableInt2>();
+        // The bakers take the exponents modulo 32.
+        const QString memoryError = checkBakeMemory(int(unsigned(exponents.x) % 32u), int(unsigned(exponents.y) % 32u),
+                                                    availableMemory());
+        if (!memoryError.isEmpty()) {
+            zmfBakerChannel().error(memoryError);
+            return QString();
+        }
+    }
 
     Ond::Baking::GLMapBakerManager& manager = Ond::Baking::GLMapBakerManager::instance();
     bool applied = false;
