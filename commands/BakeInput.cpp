@@ -1,5 +1,6 @@
 #include "commands/BakeInput.h"
 
+#include "commands/ConsoleStages.h"
 #include "commands/OutputNaming.h"
 #include "commands/SaveBaker.h"
 #include "commands/SceneSelection.h"
@@ -31,8 +32,12 @@ Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const 
 {
     const uint32_t flags =
         recomputeTangents ? Ond::SceneLoad::RecomputeTangentsLoadFlags : Ond::SceneLoad::BakeLoadFlags;
-    // Logs the failure itself, in the command's words.
-    Ond::SceneGraph::SceneSPtr scene = Ond::SceneLoad::SceneFileLoader::load(OutputNaming::localPath(inputPath), flags);
+    Ond::SceneGraph::SceneSPtr scene;
+    {
+        const LoadStage stage(inputPath);
+        // Logs the failure itself, in the command's words.
+        scene = Ond::SceneLoad::SceneFileLoader::load(OutputNaming::localPath(inputPath), flags, stage.progress());
+    }
     if (!scene)
         return nullptr;
     SceneSelection::apply(*scene, selection);
@@ -47,7 +52,11 @@ Ond::SceneGraph::SceneSPtr loadHighScenes(Vrn::Baking::BakingContext& context, c
         bakerIdentifier == "curvaturefrommesh" ? CurvatureHighLoadFlags : Ond::SceneLoad::AllLoadFlags;
     auto combined = std::make_shared<Ond::SceneGraph::Scene>();
     for (const QString& path : highMeshes) {
-        Ond::SceneGraph::SceneSPtr scene = context.loadSceneFile(path, flags);
+        Ond::SceneGraph::SceneSPtr scene;
+        {
+            const LoadStage stage(path);
+            scene = context.loadSceneFile(path, flags, stage.progress());
+        }
         if (!scene) {
             if (context.isCancelled())
                 return nullptr;

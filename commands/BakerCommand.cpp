@@ -3,6 +3,7 @@
 #include "commands/BakeInput.h"
 #include "commands/BakerCommandOptions.h"
 #include "commands/BakerSettingsTransfer.h"
+#include "commands/ConsoleStages.h"
 #include "commands/OptionMapSettingMap.h"
 #include "commands/PathNormalization.h"
 
@@ -57,6 +58,9 @@ int BakerCommand::process(const Ond::Program::ParsedValues& values)
     context.setGpuAllowed(!disableGpu);
     context.setForceOptix(forceOptix);
     context.setForceDxr(forceDxr);
+    // Only on a terminal: otherwise the commands install no handler at all.
+    if (auto handler = consoleTaskHandler())
+        context.setTaskHandler(0, handler);
     // The older switches count only when none of the current ones is on,
     // and either of them turns all GPU tracing off.
     if (!disableGpu && !forceOptix && !forceDxr)

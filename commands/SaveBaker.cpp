@@ -1,5 +1,6 @@
 #include "commands/SaveBaker.h"
 
+#include "commands/ConsoleStages.h"
 #include "commands/OutputNaming.h"
 
 #include "baking/AbstractMapBaker.h"
@@ -101,7 +102,8 @@ QString saveBaker(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBake
         Ond::SceneGraph::SceneSPtr cage;
         const Ond::Baking::PropertyBag& bag = baker.properties();
         if (bag.contains("Detail.UseCage") && bag["Detail.UseCage"].valueAs<bool>()) {
-            cage = context.loadSceneFile(cagePath, CageLoadFlags);
+            const LoadStage stage(cagePath);
+            cage = context.loadSceneFile(cagePath, CageLoadFlags, stage.progress());
             if (!cage) {
                 zmfBakerChannel().error(QStringLiteral("Error: Cage scene \"%1\" couldn't be loaded.").arg(cagePath));
                 return QString();

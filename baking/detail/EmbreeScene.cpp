@@ -1,5 +1,10 @@
 #include "baking/detail/EmbreeScene.h"
 
+#include "program/ConsoleProgress.h"
+#include "program/ThreadLimit.h"
+
+#include <string>
+
 namespace Ond::Baking {
 
 namespace {
@@ -30,6 +35,13 @@ void intersectFilter(const RTCFilterFunctionNArguments* args)
     }
 }
 
+// Called by Embree's build threads; never cancels.
+bool buildProgress(void*, double fraction)
+{
+    Core::ConsoleProgress::instance().setValue(fraction);
+    return true;
+}
+
 } // namespace
 
 EmbreeSceneKey EmbreeSceneKey::of(const DetailBakeJob& job)
@@ -50,9 +62,16 @@ bool EmbreeSceneKey::operator==(const EmbreeSceneKey& o) const
            && flags == o.flags && colorSource == o.colorSource && colorGenerator == o.colorGenerator;
 }
 
+std::string EmbreeScene::deviceConfig()
+{
+    const unsigned limit = Core::threadLimit();
+    return limit > 0 ? "threads=" + std::to_string(limit) : std::string();
+}
+
 RTCDevice EmbreeScene::device()
 {
-    static RTCDevice device = rtcNewDevice(nullptr);
+    // The thread limit is known by then: the device is made at the first bake.
+    static RTCDevice device = rtcNewDevice(deviceConfig().c_str());
     return device;
 }
 
@@ -90,6 +109,8 @@ EmbreeScene::EmbreeScene(std::shared_ptr<const GrabbedMesh> mesh)
         rtcAttachGeometry(m_scene, geometry);
         rtcReleaseGeometry(geometry);
     }
+    if (Core::ConsoleProgress::instance().isEnabled())
+        rtcSetSceneProgressMonitorFunction(m_scene, buildProgress, nullptr);
     rtcCommitScene(m_scene);
     if (rtcGetDeviceError(dev) == RTC_ERROR_OUT_OF_MEMORY) {
         rtcReleaseScene(m_scene);

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace Ond::Baking {
@@ -61,8 +62,10 @@ public:
     // first use and kept with the scene; empty until then.
     std::vector<float>& vertexCurvature() const { return m_vertexCurvature; }
 
-    // Created once for the process.
+    // Created once for the process, with the thread limit of the run.
     static RTCDevice device();
+    // The configuration text the device is made with.
+    static std::string deviceConfig();
 
 private:
     // Pointers handed to the filter as the geometry's user data.

@@ -1,6 +1,7 @@
 #include "scene/obj/ObjFileParser.h"
 
 #include "program/ProgressInterface.h"
+#include "program/ThreadLimit.h"
 #include "scene/obj/ObjBlockParser.h"
 #include "scene/obj/ObjReindexer.h"
 
@@ -258,7 +259,7 @@ void ObjFileParser::parseBlocks()
 {
     // The scan's totals record is no block.
     const size_t blockCount = m_chunks.size() - 1;
-    const unsigned hardware = std::max(1u, std::thread::hardware_concurrency());
+    const unsigned hardware = Ond::Core::threadCount();
     const size_t workerCount = std::min<size_t>({hardware, 99, std::max<size_t>(blockCount, 1)});
     m_backlog = std::min<uint64_t>(99 - workerCount, workerCount);
     m_jobs.resize(blockCount);
