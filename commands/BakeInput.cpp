@@ -25,6 +25,19 @@ namespace {
 // High meshes of the curvature baker need neither tangents nor UV sets.
 constexpr uint32_t CurvatureHighLoadFlags = 3;
 
+// Only the texture baker reads the high mesh's tangent frames (to carry a
+// normal map over); for all others they would be the most costly part of
+// loading a huge sculpt with UVs, and never looked at.
+uint32_t highLoadFlags(const std::string& bakerIdentifier)
+{
+    if (bakerIdentifier == "curvaturefrommesh")
+        return CurvatureHighLoadFlags;
+    if (bakerIdentifier == "texturefrommesh")
+        return Ond::SceneLoad::AllLoadFlags;
+    return Ond::SceneLoad::AllLoadFlags
+           & ~uint32_t(Ond::SceneLoad::KeepTangents | Ond::SceneLoad::ComputeTangents);
+}
+
 } // namespace
 
 Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const QString& inputPath,
@@ -48,8 +61,7 @@ Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const 
 Ond::SceneGraph::SceneSPtr loadHighScenes(Vrn::Baking::BakingContext& context, const QStringList& highMeshes,
                                           const std::string& bakerIdentifier)
 {
-    const uint32_t flags =
-        bakerIdentifier == "curvaturefrommesh" ? CurvatureHighLoadFlags : Ond::SceneLoad::AllLoadFlags;
+    const uint32_t flags = highLoadFlags(bakerIdentifier);
     auto combined = std::make_shared<Ond::SceneGraph::Scene>();
     for (const QString& path : highMeshes) {
         Ond::SceneGraph::SceneSPtr scene;

@@ -125,6 +125,7 @@ QString saveBaker(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBake
 
     bool written = false;
     if (!isSvg) {
+        const Ond::Core::ConsoleProgressScope stage(QStringLiteral("Writing %1").arg(QFileInfo(filePath).fileName()));
         written = writeSurface(filePath, baker.result(), compression);
     } else if (auto* colorMap = dynamic_cast<Ond::Baking::ColorMapBaker*>(&baker)) {
         written = writeSvg(filePath, colorMap->svgData());

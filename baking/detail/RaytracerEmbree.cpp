@@ -52,7 +52,7 @@ void RaytracerEmbree::init(const DetailBakeJob& job, const BakeTiling& tiling, B
             m_mesh = weldGrabbedMesh(*m_mesh);
         m_sceneWelded = welded;
         stage.emplace(QStringLiteral("Building ray tracing scene"));
-        m_scene = std::make_unique<EmbreeScene>(m_mesh);
+        m_scene = std::make_unique<EmbreeScene>(m_mesh, buildQualityFor(rayBudget(job), m_mesh->triangleCount));
         m_key = key;
         m_haveKey = true;
         ++m_sceneBuilds;
