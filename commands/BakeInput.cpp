@@ -1,5 +1,6 @@
 #include "commands/BakeInput.h"
 
+#include "commands/ConsoleStages.h"
 #include "commands/OutputNaming.h"
 #include "commands/SaveBaker.h"
 #include "commands/SceneSelection.h"
@@ -65,6 +66,19 @@ bool hasTriangles(const Ond::SceneGraph::Scene& scene, const QString& path)
     return false;
 }
 
+// Only the texture baker reads the high mesh's tangent frames (to carry a
+// normal map over); for all others they would be the most costly part of
+// loading a huge sculpt with UVs, and never looked at.
+uint32_t highLoadFlags(const std::string& bakerIdentifier)
+{
+    if (bakerIdentifier == "curvaturefrommesh")
+        return CurvatureHighLoadFlags;
+    if (bakerIdentifier == "texturefrommesh")
+        return Ond::SceneLoad::AllLoadFlags;
+    return Ond::SceneLoad::AllLoadFlags
+           & ~uint32_t(Ond::SceneLoad::KeepTangents | Ond::SceneLoad::ComputeTangents);
+}
+
 } // namespace
 
 Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const QString& inputPath,
@@ -72,8 +86,12 @@ Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const 
 {
     const uint32_t flags =
         recomputeTangents ? Ond::SceneLoad::RecomputeTangentsLoadFlags : Ond::SceneLoad::BakeLoadFlags;
-    // Logs the failure itself, in the command's words.
-    Ond::SceneGraph::SceneSPtr scene = Ond::SceneLoad::SceneFileLoader::load(OutputNaming::localPath(inputPath), flags);
+    Ond::SceneGraph::SceneSPtr scene;
+    {
+        const LoadStage stage(inputPath);
+        // Logs the failure itself, in the command's words.
+        scene = Ond::SceneLoad::SceneFileLoader::load(OutputNaming::localPath(inputPath), flags, stage.progress());
+    }
     if (!scene)
         return nullptr;
     SceneSelection::apply(*scene, selection);
@@ -84,11 +102,14 @@ Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const 
 Ond::SceneGraph::SceneSPtr loadHighScenes(Vrn::Baking::BakingContext& context, const QStringList& highMeshes,
                                           const std::string& bakerIdentifier)
 {
-    const uint32_t flags =
-        bakerIdentifier == "curvaturefrommesh" ? CurvatureHighLoadFlags : Ond::SceneLoad::AllLoadFlags;
+    const uint32_t flags = highLoadFlags(bakerIdentifier);
     auto combined = std::make_shared<Ond::SceneGraph::Scene>();
     for (const QString& path : highMeshes) {
-        Ond::SceneGraph::SceneSPtr scene = context.loadSceneFile(path, flags);
+        Ond::SceneGraph::SceneSPtr scene;
+        {
+            const LoadStage stage(path);
+            scene = context.loadSceneFile(path, flags, stage.progress());
+        }
         if (scene && !hasTriangles(*scene, OutputNaming::localPath(path)))
             return nullptr;
         if (!scene) {

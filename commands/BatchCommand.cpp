@@ -4,6 +4,7 @@
 #include "commands/BakerCommand.h"
 #include "commands/BakerCommandOptions.h"
 #include "commands/BakerSettingsTransfer.h"
+#include "commands/ConsoleStages.h"
 #include "commands/ExecutionPlan.h"
 #include "commands/JsonSettingsMap.h"
 #include "commands/PathNormalization.h"
@@ -118,6 +119,9 @@ public:
                                                                Ond::SceneLoad::createSceneExporterMgr()))
     {
         applyGpuOptions(m_context, m_settings);
+        // Only on a terminal: otherwise the commands install no handler at all.
+        if (auto handler = consoleTaskHandler())
+            m_context.setTaskHandler(0, handler);
     }
 
     // Every node, in `order`, on one input.

@@ -1,6 +1,7 @@
 #include "commands/SaveBaker.h"
 
 #include "commands/AtomicFileWriter.h"
+#include "commands/ConsoleStages.h"
 #include "commands/MemoryBudget.h"
 #include "commands/OutputNaming.h"
 
@@ -107,7 +108,8 @@ QString saveBaker(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBake
         Ond::SceneGraph::SceneSPtr cage;
         const Ond::Baking::PropertyBag& bag = baker.properties();
         if (bag.contains("Detail.UseCage") && bag["Detail.UseCage"].valueAs<bool>()) {
-            cage = context.loadSceneFile(cagePath, CageLoadFlags);
+            const LoadStage stage(cagePath);
+            cage = context.loadSceneFile(cagePath, CageLoadFlags, stage.progress());
             if (!cage) {
                 zmfBakerChannel().error(QStringLiteral("Error: Cage scene \"%1\" couldn't be loaded.").arg(cagePath));
                 return QString();
@@ -129,6 +131,7 @@ QString saveBaker(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBake
 
     bool written = false;
     if (!isSvg) {
+        const Ond::Core::ConsoleProgressScope stage(QStringLiteral("Writing %1").arg(QFileInfo(filePath).fileName()));
         written = writeSurface(filePath, baker.result(), compression);
     } else if (auto* colorMap = dynamic_cast<Ond::Baking::ColorMapBaker*>(&baker)) {
         written = writeSvg(filePath, colorMap->svgData());

@@ -16,6 +16,7 @@
 #include "baking/lowpoly/LowPolyProperties.h"
 #include "baking/lowpoly/PostProcess.h"
 #include "baking/lowpoly/SourceMap.h"
+#include "program/ConsoleProgress.h"
 #include "program/LogChannel.h"
 
 #include <QCoreApplication>
@@ -333,8 +334,12 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
     }
 
     const auto postStart = Clock::now();
+    std::optional<Core::ConsoleProgressScope> postStage(std::in_place, QStringLiteral("Post-processing"));
     Surfaces::SurfaceSPtr surface = result.surface;
-    const auto dilate = [&] { postProcess(surface, uint32_t(std::max(dilationWidth, 0)), applyDiffusion); };
+    const auto dilate = [&] {
+        postProcess(surface, uint32_t(std::max(dilationWidth, 0)), applyDiffusion);
+        postStage->setValue(0.5);
+    };
     const auto toTangentSpace = [&] {
         TangentSpaceSettings settings;
         settings.uvSet = uint32_t(uvSet);
@@ -430,6 +435,7 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
     }
     }
 
+    postStage.reset();
     const double postSeconds = std::chrono::duration<double>(Clock::now() - postStart).count();
     Core::LogChannel().info(QStringLiteral(" Baker: ") + label() + QStringLiteral(" | Engine: ")
                             + backendName(result.backend) + QStringLiteral(" | Init: ")
