@@ -1,5 +1,6 @@
 #include "scene/fbx/AssimpInputGuard.h"
 
+#include <cstdint>
 #include <cstring>
 
 namespace Ond::SceneLoad {
@@ -52,14 +53,28 @@ bool colladaIndexListsClean(const char* data, size_t size)
     return true;
 }
 
+// GLB: the reader allocates what the header's chunk length claims before
+// it looks at the file's size, so a flipped byte asks for gigabytes.
+bool glbChunkFits(const char* data, size_t size)
+{
+    if (size < 20 || std::memcmp(data, "glTF", 4) != 0)
+        return true; // not a GLB header: Assimp refuses it by itself
+    uint32_t total = 0, chunk = 0;
+    std::memcpy(&total, data + 8, 4);
+    std::memcpy(&chunk, data + 12, 4);
+    return total <= size && uint64_t(chunk) + 20 <= size;
+}
+
 } // namespace
 
-QString knownHangIn(const QByteArray& suffix, const char* data, size_t size)
+QString unsafeInputReason(const QByteArray& suffix, const char* data, size_t size)
 {
     if (suffix.compare("ply", Qt::CaseInsensitive) == 0 && !plyHeaderEnds(data, size))
         return QStringLiteral("the header has no \"end_header\" line");
     if (suffix.compare("dae", Qt::CaseInsensitive) == 0 && !colladaIndexListsClean(data, size))
         return QStringLiteral("an index list holds something other than numbers");
+    if (suffix.compare("glb", Qt::CaseInsensitive) == 0 && !glbChunkFits(data, size))
+        return QStringLiteral("the header claims more bytes than the file holds");
     return QString();
 }
 
