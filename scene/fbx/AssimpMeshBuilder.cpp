@@ -285,6 +285,11 @@ std::shared_ptr<Mesh::Data> buildMeshData(const aiScene& scene, const unsigned* 
         auto material = std::make_shared<UserMaterialDefinition>(name);
         material->name = name;
         material->label = name;
+        // The colour generators' material colour: the file's diffuse colour.
+        aiColor4D diffuse;
+        if (mesh->mMaterialIndex < scene.mNumMaterials && scene.mMaterials[mesh->mMaterialIndex]
+            && scene.mMaterials[mesh->mMaterialIndex]->Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) == aiReturn_SUCCESS)
+            material->color = Eigen::Vector4f(diffuse.r, diffuse.g, diffuse.b, diffuse.a);
         materials.push_back(std::move(material));
     }
     if (indexLists.empty())

@@ -31,11 +31,12 @@ aiMatrix4x4 translationOf(float x, float y, float z)
     return aiMatrix4x4::Translation(aiVector3D(x, y, z), m);
 }
 
-aiMaterial* material(const char* name)
+aiMaterial* material(const char* name, const aiColor4D& diffuse)
 {
     auto* m = new aiMaterial;
     const aiString text(name);
     m->AddProperty(&text, AI_MATKEY_NAME);
+    m->AddProperty(&diffuse, 1, AI_MATKEY_COLOR_DIFFUSE);
     return m;
 }
 
@@ -96,7 +97,7 @@ std::unique_ptr<aiScene> sampleScene()
 {
     auto scene = std::make_unique<aiScene>();
     scene->mNumMaterials = 2;
-    scene->mMaterials = new aiMaterial*[2]{material("red"), material("blue")};
+    scene->mMaterials = new aiMaterial*[2]{material("red", aiColor4D(1, 0, 0, 1)), material("blue", aiColor4D(0, 0, 1, 1))};
     scene->mNumMeshes = 2;
     scene->mMeshes = new aiMesh*[2]{mesh(true, 0, 0.0f), mesh(false, 1, 0.5f)};
     aiMatrix4x4 scale;
@@ -175,6 +176,8 @@ TEST_P(FBXSceneImporterRoundTrip, NodesMaterialsAndUvSetsComeBack)
     EXPECT_EQ(std::dynamic_pointer_cast<UserMaterialDefinition>(square->material)->name, "red");
     EXPECT_EQ(std::dynamic_pointer_cast<UserMaterialDefinition>(triangle->material)->name, "blue");
     EXPECT_EQ(data->findSubMeshByMaterialName("blue"), 1);
+    // The material colour the colour generators read.
+    EXPECT_TRUE(square->material->color.isApprox(Eigen::Vector4f(1, 0, 0, 1))) << square->material->color.transpose();
     EXPECT_EQ(data->getVertexCount(), 7u);
 
     ASSERT_EQ(data->getUvSetCount(), 2u);
