@@ -141,6 +141,11 @@ TEST(FBXSceneImporterCommandLine, GarbageUnsupportedAndMeshlessFilesFail)
                                     "property float z\nelement face 1\nproperty list uchar int vertex_indicesend_header\n"
                                     "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n"),
         writeFile(dir, "stray.dae", dae),
+        // An element name that Assimp would read as a count of 88 trillion.
+        writeFile(dir, "digits.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+                                     "property float z\nelement 88888888888888face 1\n"
+                                     "property list uchar int vertex_indices\nend_header\n"
+                                     "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n"),
         writeFile(dir, "noise.glb", noise),
         writeFile(dir, "noise.3ds", noise),
         writeFile(dir, "noise.dae", noise),
