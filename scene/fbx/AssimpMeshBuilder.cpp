@@ -110,6 +110,13 @@ public:
     template <typename Equal>
     uint32_t findOrInsert(uint32_t v, uint64_t hash, const Equal& equal)
     {
+        // Regular grids of floats cluster under linear probing unless every
+        // bit is spread to the low ones first.
+        hash ^= hash >> 33;
+        hash *= 0xff51afd7ed558ccdull;
+        hash ^= hash >> 33;
+        hash *= 0xc4ceb9fe1a85ec53ull;
+        hash ^= hash >> 33;
         size_t slot = size_t(hash) & m_mask;
         while (m_slots[slot] != Unset) {
             if (equal(m_slots[slot], v))
