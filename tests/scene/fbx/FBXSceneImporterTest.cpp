@@ -18,6 +18,7 @@
 #include <assimp/Exporter.hpp>
 #include <assimp/scene.h>
 
+#include <algorithm>
 #include <memory>
 
 using namespace Ond::SceneGraph;
@@ -361,4 +362,41 @@ TEST(FBXSceneImporter, TangentsOfTheFileAreKeptWhenAsked)
     const std::unique_ptr<Scene> dropped = importFile(path, KeepNormals | KeepUvSets);
     ASSERT_TRUE(dropped);
     EXPECT_FALSE(dropped->findEntityByName("tri")->getMeshDisplay()->getMesh()->getData()->getTangents());
+}
+
+namespace {
+
+class RecordingProgress : public Ond::Core::ProgressInterface
+{
+public:
+    explicit RecordingProgress(bool cancel) : m_cancel(cancel) {}
+    void setText(const QString& text) override { texts << text; }
+    void setValue(double fraction) override { values.push_back(fraction); }
+    bool isCancelled() const override { return m_cancel; }
+
+    QStringList texts;
+    std::vector<double> values;
+
+private:
+    bool m_cancel;
+};
+
+} // namespace
+
+TEST(FBXSceneImporter, ProgressRunsToTheEndAndCancellationGivesNothing)
+{
+    const QString path = exportSample("glb2", "sample.glb");
+    RecordingProgress progress(false);
+    FBXSceneImporter importer(path, "glb");
+    const std::unique_ptr<Scene> scene(importer.import(SceneLoadOptions(255), &progress));
+    ASSERT_TRUE(scene);
+    EXPECT_EQ(progress.texts.value(0), "Loading 3D model");
+    ASSERT_FALSE(progress.values.empty());
+    EXPECT_EQ(progress.values.front(), 0.0);
+    EXPECT_DOUBLE_EQ(progress.values.back(), 1.0);
+    EXPECT_TRUE(std::is_sorted(progress.values.begin(), progress.values.end()));
+
+    RecordingProgress cancelled(true);
+    FBXSceneImporter again(path, "glb");
+    EXPECT_FALSE(again.import(SceneLoadOptions(255), &cancelled));
 }
