@@ -1,5 +1,6 @@
 #include "scene/fbx/AssimpInputGuard.h"
 
+#include <cstdint>
 #include <cstring>
 
 namespace Ond::SceneLoad {
@@ -7,17 +8,47 @@ namespace Ond::SceneLoad {
 namespace {
 
 // PLY: the header reader loops at the end of the input when no line is
-// "end_header" (a cut header, or the keyword run into another line).
-bool plyHeaderEnds(const char* data, size_t size)
+// "end_header" (a cut header, or the keyword run into another line), and
+// the body reader loops over whatever count an "element" line states. So
+// the header must end, and each element line must be "element <name>
+// <count>", the name not starting with a digit, the count one the file can
+// hold.
+bool plyHeaderSound(const char* data, size_t size)
 {
-    static const char key[] = "\nend_header";
-    const size_t keyLength = sizeof(key) - 1;
     const size_t window = size < (size_t(1) << 20) ? size : (size_t(1) << 20);
-    for (size_t i = 0; i + keyLength < window; ++i) {
-        if (data[i] == '\n' && std::memcmp(data + i, key, keyLength) == 0) {
-            const char next = data[i + keyLength];
-            return next == '\n' || next == '\r';
+    size_t line = 0;
+    while (line < window) {
+        const char* start = data + line;
+        const char* feed = static_cast<const char*>(std::memchr(start, '\n', window - line));
+        if (!feed)
+            return false;
+        size_t length = size_t(feed - start);
+        if (length > 0 && start[length - 1] == '\r')
+            --length;
+        if (length == 10 && std::memcmp(start, "end_header", 10) == 0)
+            return true;
+        if (length > 8 && std::memcmp(start, "element ", 8) == 0) {
+            const char* c = start + 8;
+            const char* end = start + length;
+            while (c < end && *c == ' ')
+                ++c;
+            // A name that begins with a digit is taken for the count.
+            if (c == end || (*c >= '0' && *c <= '9'))
+                return false;
+            while (c < end && *c != ' ')
+                ++c;
+            while (c < end && *c == ' ')
+                ++c;
+            uint64_t count = 0;
+            const char* digits = c;
+            while (c < end && *c >= '0' && *c <= '9' && count <= size)
+                count = count * 10 + uint64_t(*c++ - '0');
+            while (c < end && *c == ' ')
+                ++c;
+            if (c == digits || c != end || count > size)
+                return false;
         }
+        line += size_t(feed - start) + 1;
     }
     return false;
 }
@@ -52,14 +83,28 @@ bool colladaIndexListsClean(const char* data, size_t size)
     return true;
 }
 
+// GLB: the reader allocates what the header's chunk length claims before
+// it looks at the file's size, so a flipped byte asks for gigabytes.
+bool glbChunkFits(const char* data, size_t size)
+{
+    if (size < 20 || std::memcmp(data, "glTF", 4) != 0)
+        return true; // not a GLB header: Assimp refuses it by itself
+    uint32_t total = 0, chunk = 0;
+    std::memcpy(&total, data + 8, 4);
+    std::memcpy(&chunk, data + 12, 4);
+    return total <= size && uint64_t(chunk) + 20 <= size;
+}
+
 } // namespace
 
-QString knownHangIn(const QByteArray& suffix, const char* data, size_t size)
+QString unsafeInputReason(const QByteArray& suffix, const char* data, size_t size)
 {
-    if (suffix.compare("ply", Qt::CaseInsensitive) == 0 && !plyHeaderEnds(data, size))
-        return QStringLiteral("the header has no \"end_header\" line");
+    if (suffix.compare("ply", Qt::CaseInsensitive) == 0 && !plyHeaderSound(data, size))
+        return QStringLiteral("the header does not end, or an element line would be misread");
     if (suffix.compare("dae", Qt::CaseInsensitive) == 0 && !colladaIndexListsClean(data, size))
         return QStringLiteral("an index list holds something other than numbers");
+    if (suffix.compare("glb", Qt::CaseInsensitive) == 0 && !glbChunkFits(data, size))
+        return QStringLiteral("the header claims more bytes than the file holds");
     return QString();
 }
 

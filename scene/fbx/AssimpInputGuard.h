@@ -1,7 +1,8 @@
 #pragma once
-// Inputs on which Assimp's readers never return, refused before they reach
-// them. Each rule answers a loop found by feeding broken files to the
-// loader; the rest of the checking is Assimp's.
+// Inputs on which Assimp's readers never return or claim memory far beyond
+// the file, refused before they reach them. Each rule answers a case found
+// by feeding broken files to the loader; the rest of the checking is
+// Assimp's.
 
 #include <QByteArray>
 #include <QString>
@@ -12,6 +13,6 @@ namespace Ond::SceneLoad {
 
 // Empty when the bytes may go to Assimp; otherwise why not. `suffix` picks
 // the rules; `data` is the whole file.
-QString knownHangIn(const QByteArray& suffix, const char* data, size_t size);
+QString unsafeInputReason(const QByteArray& suffix, const char* data, size_t size);
 
 } // namespace Ond::SceneLoad

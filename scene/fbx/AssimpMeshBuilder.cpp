@@ -110,6 +110,13 @@ public:
     template <typename Equal>
     uint32_t findOrInsert(uint32_t v, uint64_t hash, const Equal& equal)
     {
+        // Regular grids of floats cluster under linear probing unless every
+        // bit is spread to the low ones first.
+        hash ^= hash >> 33;
+        hash *= 0xff51afd7ed558ccdull;
+        hash ^= hash >> 33;
+        hash *= 0xc4ceb9fe1a85ec53ull;
+        hash ^= hash >> 33;
         size_t slot = size_t(hash) & m_mask;
         while (m_slots[slot] != Unset) {
             if (equal(m_slots[slot], v))
@@ -285,6 +292,11 @@ std::shared_ptr<Mesh::Data> buildMeshData(const aiScene& scene, const unsigned* 
         auto material = std::make_shared<UserMaterialDefinition>(name);
         material->name = name;
         material->label = name;
+        // The colour generators' material colour: the file's diffuse colour.
+        aiColor4D diffuse;
+        if (mesh->mMaterialIndex < scene.mNumMaterials && scene.mMaterials[mesh->mMaterialIndex]
+            && scene.mMaterials[mesh->mMaterialIndex]->Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) == aiReturn_SUCCESS)
+            material->color = Eigen::Vector4f(diffuse.r, diffuse.g, diffuse.b, diffuse.a);
         materials.push_back(std::move(material));
     }
     if (indexLists.empty())

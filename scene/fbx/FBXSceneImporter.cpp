@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <utility>
 #include <mutex>
 
 namespace Ond::SceneLoad {
@@ -84,7 +85,39 @@ private:
     double m_span;
 };
 
-constexpr unsigned ReadFlags = aiProcess_Triangulate | aiProcess_SortByPType | aiProcess_ValidateDataStructure;
+constexpr unsigned ReadFlags = aiProcess_ValidateDataStructure;
+constexpr unsigned TriangulateFlags = aiProcess_Triangulate | aiProcess_SortByPType;
+
+// Readers may state primitive kinds their faces don't have, or leave faces
+// without indices, and Assimp's triangulation aborts the process on either:
+// empty faces go, and the kinds are taken from the faces themselves. A mesh
+// left without faces is marked as points, which the sorting step removes.
+void restatePrimitiveTypes(aiScene& scene)
+{
+    for (unsigned m = 0; m < scene.mNumMeshes; ++m) {
+        aiMesh* mesh = scene.mMeshes[m];
+        if (!mesh || !mesh->mFaces)
+            continue;
+        unsigned types = 0;
+        unsigned kept = 0;
+        for (unsigned f = 0; f < mesh->mNumFaces; ++f) {
+            aiFace& face = mesh->mFaces[f];
+            const unsigned n = face.mIndices ? face.mNumIndices : 0;
+            if (n == 0)
+                continue;
+            types |= n == 1 ? aiPrimitiveType_POINT
+                : n == 2    ? aiPrimitiveType_LINE
+                : n == 3    ? aiPrimitiveType_TRIANGLE
+                            : aiPrimitiveType_POLYGON;
+            if (kept != f)
+                std::swap(mesh->mFaces[kept], face);
+            ++kept;
+        }
+        // The dropped faces stay behind the count, so the mesh still frees them.
+        mesh->mNumFaces = kept;
+        mesh->mPrimitiveTypes = types ? types : unsigned(aiPrimitiveType_POINT);
+    }
+}
 
 void configure(Assimp::Importer& importer, Core::ProgressInterface* progress)
 {
@@ -116,7 +149,7 @@ SceneGraph::Scene* importWith(const Read& read, const char* bytes, size_t size, 
 {
     installLogForwarder();
     try {
-        const QString refusal = knownHangIn(suffix, bytes, size);
+        const QString refusal = unsafeInputReason(suffix, bytes, size);
         if (!refusal.isEmpty()) {
             Core::zmfBakerChannel().info(QStringLiteral("%1: %2").arg(fileName, refusal));
             return nullptr;
@@ -124,6 +157,10 @@ SceneGraph::Scene* importWith(const Read& read, const char* bytes, size_t size, 
         Assimp::Importer importer;
         configure(importer, progress);
         const aiScene* scene = read(importer);
+        if (scene) {
+            restatePrimitiveTypes(*const_cast<aiScene*>(scene));
+            scene = importer.ApplyPostProcessing(TriangulateFlags);
+        }
         if (progress && progress->isCancelled())
             return nullptr;
         if (!scene) {

@@ -30,11 +30,6 @@ SceneFormatList FBXSceneLoader::getSupportedFormats() const
         format("glTF 2.0 Binary", {QStringLiteral("glb")}),
         format("Stanford Polygon File", {QStringLiteral("ply")}),
         format("COLLADA Digital Asset", {QStringLiteral("dae")}),
-        format("DirectX Mesh", {QStringLiteral("x")}),
-        format("LightWave Object", {QStringLiteral("lwo")}),
-        format("3D Studio Max ASCII Scene", {QStringLiteral("ase")}),
-        format("AC3D Model", {QStringLiteral("ac")}),
-        format("MilkShape 3D Model", {QStringLiteral("ms3d")}),
     };
 }
 

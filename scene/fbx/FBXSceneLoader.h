@@ -1,8 +1,7 @@
 #pragma once
 // Offers the Assimp-based importer for FBX, 3DS and DXF, and for the other
-// interchange formats artists' tools write with UVs: glTF, PLY, Collada,
-// DirectX, LightWave, ASE, AC3D and MilkShape. It stands before the OBJ
-// loader, which keeps its own faster reader.
+// interchange formats artists' tools write with UVs: glTF, PLY and COLLADA.
+// It stands before the OBJ loader, which keeps its own faster reader.
 
 #include "scene/load/SceneLoader.h"
 

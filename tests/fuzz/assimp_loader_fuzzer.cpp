@@ -12,7 +12,7 @@
 
 namespace {
 
-const char* const Suffixes[] = {"fbx", "glb", "gltf", "ply", "dae", "3ds", "dxf", "x", "lwo", "ase", "ac", "ms3d"};
+const char* const Suffixes[] = {"fbx", "glb", "gltf", "ply", "dae", "3ds", "dxf"};
 constexpr size_t SuffixCount = sizeof(Suffixes) / sizeof(Suffixes[0]);
 
 } // namespace

@@ -127,12 +127,25 @@ TEST(FBXSceneImporterCommandLine, GarbageUnsupportedAndMeshlessFilesFail)
     const qsizetype list = dae.indexOf("<p>");
     ASSERT_GT(list, 0);
     dae[dae.indexOf(' ', list)] = '}';
+    // A GLB whose JSON chunk claims 3 GB: refused before Assimp allocates it.
+    QByteArray glb = readAll(testFile("box_low.glb"));
+    glb[15] = char(0xb8);
     const QStringList files{
+        writeFile(dir, "huge.glb", glb),
+        // A face without indices, which Assimp's triangulation would abort on.
+        writeFile(dir, "emptyface.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+                                        "property float z\nelement face 1\nproperty list uchar int vertex_indices\n"
+                                        "end_header\n0 0 0\n1 0 0\n0 1 0\n0\n"),
         writeFile(dir, "noise.fbx", noise),
         writeFile(dir, "runon.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
                                     "property float z\nelement face 1\nproperty list uchar int vertex_indicesend_header\n"
                                     "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n"),
         writeFile(dir, "stray.dae", dae),
+        // An element name that Assimp would read as a count of 88 trillion.
+        writeFile(dir, "digits.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+                                     "property float z\nelement 88888888888888face 1\n"
+                                     "property list uchar int vertex_indices\nend_header\n"
+                                     "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n"),
         writeFile(dir, "noise.glb", noise),
         writeFile(dir, "noise.3ds", noise),
         writeFile(dir, "noise.dae", noise),

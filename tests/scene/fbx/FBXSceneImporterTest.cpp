@@ -18,6 +18,7 @@
 #include <assimp/Exporter.hpp>
 #include <assimp/scene.h>
 
+#include <algorithm>
 #include <memory>
 
 using namespace Ond::SceneGraph;
@@ -31,11 +32,12 @@ aiMatrix4x4 translationOf(float x, float y, float z)
     return aiMatrix4x4::Translation(aiVector3D(x, y, z), m);
 }
 
-aiMaterial* material(const char* name)
+aiMaterial* material(const char* name, const aiColor4D& diffuse)
 {
     auto* m = new aiMaterial;
     const aiString text(name);
     m->AddProperty(&text, AI_MATKEY_NAME);
+    m->AddProperty(&diffuse, 1, AI_MATKEY_COLOR_DIFFUSE);
     return m;
 }
 
@@ -96,7 +98,7 @@ std::unique_ptr<aiScene> sampleScene()
 {
     auto scene = std::make_unique<aiScene>();
     scene->mNumMaterials = 2;
-    scene->mMaterials = new aiMaterial*[2]{material("red"), material("blue")};
+    scene->mMaterials = new aiMaterial*[2]{material("red", aiColor4D(1, 0, 0, 1)), material("blue", aiColor4D(0, 0, 1, 1))};
     scene->mNumMeshes = 2;
     scene->mMeshes = new aiMesh*[2]{mesh(true, 0, 0.0f), mesh(false, 1, 0.5f)};
     aiMatrix4x4 scale;
@@ -175,6 +177,8 @@ TEST_P(FBXSceneImporterRoundTrip, NodesMaterialsAndUvSetsComeBack)
     EXPECT_EQ(std::dynamic_pointer_cast<UserMaterialDefinition>(square->material)->name, "red");
     EXPECT_EQ(std::dynamic_pointer_cast<UserMaterialDefinition>(triangle->material)->name, "blue");
     EXPECT_EQ(data->findSubMeshByMaterialName("blue"), 1);
+    // The material colour the colour generators read.
+    EXPECT_TRUE(square->material->color.isApprox(Eigen::Vector4f(1, 0, 0, 1))) << square->material->color.transpose();
     EXPECT_EQ(data->getVertexCount(), 7u);
 
     ASSERT_EQ(data->getUvSetCount(), 2u);
@@ -358,4 +362,41 @@ TEST(FBXSceneImporter, TangentsOfTheFileAreKeptWhenAsked)
     const std::unique_ptr<Scene> dropped = importFile(path, KeepNormals | KeepUvSets);
     ASSERT_TRUE(dropped);
     EXPECT_FALSE(dropped->findEntityByName("tri")->getMeshDisplay()->getMesh()->getData()->getTangents());
+}
+
+namespace {
+
+class RecordingProgress : public Ond::Core::ProgressInterface
+{
+public:
+    explicit RecordingProgress(bool cancel) : m_cancel(cancel) {}
+    void setText(const QString& text) override { texts << text; }
+    void setValue(double fraction) override { values.push_back(fraction); }
+    bool isCancelled() const override { return m_cancel; }
+
+    QStringList texts;
+    std::vector<double> values;
+
+private:
+    bool m_cancel;
+};
+
+} // namespace
+
+TEST(FBXSceneImporter, ProgressRunsToTheEndAndCancellationGivesNothing)
+{
+    const QString path = exportSample("glb2", "sample.glb");
+    RecordingProgress progress(false);
+    FBXSceneImporter importer(path, "glb");
+    const std::unique_ptr<Scene> scene(importer.import(SceneLoadOptions(255), &progress));
+    ASSERT_TRUE(scene);
+    EXPECT_EQ(progress.texts.value(0), "Loading 3D model");
+    ASSERT_FALSE(progress.values.empty());
+    EXPECT_EQ(progress.values.front(), 0.0);
+    EXPECT_DOUBLE_EQ(progress.values.back(), 1.0);
+    EXPECT_TRUE(std::is_sorted(progress.values.begin(), progress.values.end()));
+
+    RecordingProgress cancelled(true);
+    FBXSceneImporter again(path, "glb");
+    EXPECT_FALSE(again.import(SceneLoadOptions(255), &cancelled));
 }
