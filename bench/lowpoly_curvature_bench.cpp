@@ -8,6 +8,7 @@
 #include "baking/AbstractBakingContext.h"
 #include "baking/PropertyBag.h"
 #include "baking/lowpoly/CurvatureMapBaker.h"
+#include "baking/lowpoly/CurvaturePreparation.h"
 #include "bench/BenchGL.h"
 #include "opengl/OglContextData.h"
 #include "scene/load/SceneImporter.h"
@@ -111,6 +112,17 @@ int main(int argc, char** argv)
     });
     std::printf("curvature of %d triangles at %d x %d, best of %d, load average %.2f\n", 2 * gridSide * gridSide,
                 1 << log2Size, 1 << log2Size, repetitions, loadAverage());
+
+    {
+        Ond::Baking::CollectMeshDataVisitor collect(0);
+        collect.walk(*scene);
+        const auto packed = Ond::Baking::prepareCurvatureMesh(collect.mesh, true, true,
+                                                              Ond::Baking::curvatureScale(collect.mesh));
+        std::printf("%zu vertices in %u normal groups, %u connection entries, packed width %d, %zu seam lines\n",
+                    collect.mesh.vertices.size(), packed.groupCount, packed.entryCount, 1 << packed.log2Width,
+                    packed.seamLines.size() / 6);
+    }
+
     std::printf("%-11s %9s %12s %9s %13s %9s\n", "algorithm", "normals", "preparation", "passes", "post-process",
                 "total");
 

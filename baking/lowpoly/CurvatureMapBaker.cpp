@@ -86,6 +86,7 @@ public:
             glDeleteFramebuffers(1, &m_groupFramebuffer);
         GLProgram::release();
         glActiveTexture(GL_TEXTURE0);
+        glViewport(m_viewport[0], m_viewport[1], m_viewport[2], m_viewport[3]);
     }
 
     CurvatureStage(const CurvatureStage&) = delete;
@@ -94,6 +95,7 @@ public:
     // False when a program did not build; the map then stays empty.
     bool prepare()
     {
+        glGetIntegerv(GL_VIEWPORT, m_viewport.data());
         auto& cache = GLProgramCache::instance();
         m_drawProgram = cache.program(GLSLSource::vertexText("curvature_draw.vert.glsl"),
                                       GLSLSource::fragmentText("curvature_draw.frag.glsl"));
@@ -338,6 +340,7 @@ private:
     unsigned m_meshArray = 0, m_keyArray = 0, m_seamArray = 0;
     unsigned m_groupResult = 0, m_groupFramebuffer = 0;
     int m_groupRows = 1;
+    std::array<GLint, 4> m_viewport = {0, 0, 0, 0};
 };
 
 } // namespace
