@@ -118,6 +118,8 @@ public:
                                                                Ond::SceneLoad::createSceneExporterMgr()))
     {
         applyGpuOptions(m_context, m_settings);
+        // The cage and the high meshes are loaded once for all the nodes and inputs.
+        m_context.setReuseLoadedScenes(true);
     }
 
     // Every node, in `order`, on one input.
