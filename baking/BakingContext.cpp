@@ -118,7 +118,8 @@ void BakingContext::progressText(const QString& text)
         handler->setText(text);
 }
 
-Ond::SceneGraph::SceneSPtr BakingContext::loadSceneFile(const QString& pathOrUrl, uint32_t flags)
+Ond::SceneGraph::SceneSPtr BakingContext::loadSceneFile(const QString& pathOrUrl, uint32_t flags,
+                                                       Ond::Core::ProgressInterface* progress)
 {
     if (!m_sceneMgr || pathOrUrl.isEmpty())
         return nullptr;
@@ -142,7 +143,7 @@ Ond::SceneGraph::SceneSPtr BakingContext::loadSceneFile(const QString& pathOrUrl
         Ond::SceneLoad::SceneMgr::LockGuard guard(*m_sceneMgr);
         m_sceneMgr->setOptions(Ond::SceneLoad::SceneLoadOptions(flags));
         m_sceneMgr->registerScene(id, std::make_shared<Ond::SceneLoad::UrlSceneHandler>(url));
-        scene = m_sceneMgr->getScene(id);
+        scene = m_sceneMgr->getScene(id, progress);
     }
     if (scene)
         convertScene(scene);

@@ -7,6 +7,7 @@
 #include "baking/BakingJob.h"
 #include "baking/SceneInfoCache.h"
 #include "baking/TaskHandler.h"
+#include "program/ProgressInterface.h"
 
 #include "scene/graph/Scene.h"
 
@@ -58,7 +59,8 @@ public:
     // Loads a path or file: URL through the scene manager with the given
     // load flags, and converts the result. Null on failure; the caller
     // reports it.
-    Ond::SceneGraph::SceneSPtr loadSceneFile(const QString& pathOrUrl, uint32_t flags);
+    Ond::SceneGraph::SceneSPtr loadSceneFile(const QString& pathOrUrl, uint32_t flags,
+                                             Ond::Core::ProgressInterface* progress = nullptr);
     // Puts the scene through SceneConverterVisitor and keeps the records.
     void convertScene(const Ond::SceneGraph::SceneSPtr& scene);
     // The records of the last conversion of the scene; null if it was never

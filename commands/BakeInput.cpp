@@ -1,5 +1,6 @@
 #include "commands/BakeInput.h"
 
+#include "commands/ConsoleStages.h"
 #include "commands/OutputNaming.h"
 #include "commands/SaveBaker.h"
 #include "commands/SceneSelection.h"
@@ -10,6 +11,8 @@
 #include "baking/detail/DetailMapBaker.h"
 #include "image/UDIMNumbering.h"
 #include "program/LogChannel.h"
+#include "scene/graph/Mesh.h"
+#include "scene/graph/Scene.h"
 #include "scene/load/SceneFileLoader.h"
 #include "scene/load/SceneLoadOptions.h"
 #include "scene/processing/TangentSpaceGenerator.h"
@@ -26,15 +29,69 @@ namespace {
 // High meshes of the curvature baker need neither tangents nor UV sets.
 constexpr uint32_t CurvatureHighLoadFlags = 3;
 
+struct MeshContent
+{
+    size_t triangles = 0;
+    bool hasUvSet = false;
+};
+
+MeshContent meshContent(const Ond::SceneGraph::Scene& scene, size_t uvSet)
+{
+    MeshContent content;
+    scene.forAllMeshes([&](const Ond::SceneGraph::Mesh::SPtr& mesh) {
+        const Ond::SceneGraph::Mesh::DataSPtr data = mesh ? mesh->getData() : nullptr;
+        if (!data || data->getVertexCount() == 0)
+            return true;
+        size_t triangles = 0;
+        data->forAllSubMeshes([&triangles](const Ond::SceneGraph::SubMesh& subMesh) {
+            if (subMesh.indices && subMesh.primitiveType == Ond::SceneGraph::PrimitiveType::Triangles)
+                triangles += subMesh.indices->size() / 3;
+            return true;
+        });
+        content.triangles += triangles;
+        if (triangles > 0 && data->getUvSetCount() > uvSet)
+            content.hasUvSet = true;
+        return true;
+    });
+    return content;
+}
+
+// A file that loads but holds nothing to bake would otherwise give no file
+// and no word: it is named here.
+bool hasTriangles(const Ond::SceneGraph::Scene& scene, const QString& path)
+{
+    if (meshContent(scene, 0).triangles > 0)
+        return true;
+    zmfBakerChannel().error(QStringLiteral("Error: Scene \"%1\" has no triangles to bake.").arg(path));
+    return false;
+}
+
 } // namespace
+
+// Only the texture baker reads the high mesh's tangent frames (to carry a
+// normal map over); for all others they would be the most costly part of
+// loading a huge sculpt with UVs, and never looked at.
+uint32_t highLoadFlags(const std::string& bakerIdentifier)
+{
+    if (bakerIdentifier == "curvaturefrommesh")
+        return CurvatureHighLoadFlags;
+    if (bakerIdentifier == "texturefrommesh")
+        return Ond::SceneLoad::AllLoadFlags;
+    return Ond::SceneLoad::AllLoadFlags
+           & ~uint32_t(Ond::SceneLoad::KeepTangents | Ond::SceneLoad::ComputeTangents);
+}
 
 Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const QString& inputPath,
                                      const QStringList& selection, bool recomputeTangents)
 {
     const uint32_t flags =
         recomputeTangents ? Ond::SceneLoad::RecomputeTangentsLoadFlags : Ond::SceneLoad::BakeLoadFlags;
-    // Logs the failure itself, in the command's words.
-    Ond::SceneGraph::SceneSPtr scene = Ond::SceneLoad::SceneFileLoader::load(OutputNaming::localPath(inputPath), flags);
+    Ond::SceneGraph::SceneSPtr scene;
+    {
+        const LoadStage stage(inputPath);
+        // Logs the failure itself, in the command's words.
+        scene = Ond::SceneLoad::SceneFileLoader::load(OutputNaming::localPath(inputPath), flags, stage.progress());
+    }
     if (!scene)
         return nullptr;
     SceneSelection::apply(*scene, selection);
@@ -45,14 +102,21 @@ Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const 
 Ond::SceneGraph::SceneSPtr loadHighScenes(Vrn::Baking::BakingContext& context, const QStringList& highMeshes,
                                           const std::string& bakerIdentifier)
 {
-    const uint32_t flags =
-        bakerIdentifier == "curvaturefrommesh" ? CurvatureHighLoadFlags : Ond::SceneLoad::AllLoadFlags;
+    const uint32_t flags = highLoadFlags(bakerIdentifier);
     auto combined = std::make_shared<Ond::SceneGraph::Scene>();
     for (const QString& path : highMeshes) {
-        Ond::SceneGraph::SceneSPtr scene = context.loadSceneFile(path, flags);
+        Ond::SceneGraph::SceneSPtr scene;
+        {
+            const LoadStage stage(path);
+            scene = context.loadSceneFile(path, flags, stage.progress());
+        }
+        if (scene && !hasTriangles(*scene, OutputNaming::localPath(path)))
+            return nullptr;
         if (!scene) {
             if (context.isCancelled())
                 return nullptr;
+            zmfBakerChannel().error(
+                QStringLiteral("Error: Scene \"%1\" couldn't be loaded .").arg(OutputNaming::localPath(path)));
             // Deliberately not caught by the commands: a missing high mesh
             // ends the run before anything of this input is written.
             throw std::runtime_error(
@@ -117,6 +181,13 @@ bool loadInputScenes(const BakerSettingsMap& settings, Ond::Baking::AbstractMapB
     low = loadScene(context, inputPath, selection, recomputeTangents);
     if (!low)
         return false;
+    const QString lowPath = OutputNaming::localPath(inputPath);
+    if (!hasTriangles(*low, lowPath))
+        return false;
+    // Every baker works in the low mesh's UVs. The bake itself then fails in
+    // its own words, which don't name the file.
+    if (!meshContent(*low, 0).hasUvSet)
+        zmfBakerChannel().error(QStringLiteral("Error: Scene \"%1\" has no UVs.").arg(lowPath));
     bool failed = false;
     high = highSceneFor(baker, context, low, highMeshes, failed);
     return !failed;

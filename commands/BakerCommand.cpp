@@ -3,6 +3,7 @@
 #include "commands/BakeInput.h"
 #include "commands/BakerCommandOptions.h"
 #include "commands/BakerSettingsTransfer.h"
+#include "commands/ConsoleStages.h"
 #include "commands/OptionMapSettingMap.h"
 #include "commands/PathNormalization.h"
 #include "commands/UvTileList.h"
@@ -68,6 +69,9 @@ int BakerCommand::process(const Ond::Program::ParsedValues& values)
     Vrn::Baking::BakingContext context(std::make_shared<Ond::SceneLoad::SceneMgr>(
         Ond::SceneLoad::createSceneLoaderMgr(), Ond::SceneLoad::createSceneExporterMgr()));
     applyGpuOptions(context, settings);
+    // Only on a terminal: otherwise the commands install no handler at all.
+    if (auto handler = consoleTaskHandler())
+        context.setTaskHandler(0, handler);
 
     const bool everyCoveredTile = !settings.has(QStringLiteral("uv-tile"))
                                   && UvTileList::isAuto(settings.getString(QStringLiteral("udim"), QString()));

@@ -7,7 +7,9 @@
 #include "baking/PropertyCatalogue.h"
 #include "program/LogChannel.h"
 
+#include <cmath>
 #include <cstdint>
+#include <limits>
 
 namespace ProgramCommand {
 
@@ -59,6 +61,15 @@ QSize outputSizeExponents(const BakerSettingsMap& settings)
     return size;
 }
 
+// A real value must be a finite number that a float can hold, whatever the
+// source of the settings: a plan hands its values over as text unchecked.
+bool isConvertibleReal(const QVariant& value)
+{
+    bool ok = false;
+    const double number = value.toString().toDouble(&ok);
+    return ok && std::isfinite(number) && std::abs(number) <= double(std::numeric_limits<float>::max());
+}
+
 } // namespace
 
 bool transferSettings(Ond::Baking::AbstractBaker& baker, const BakerSettingsMap& settings)
@@ -95,6 +106,12 @@ bool transferSettings(Ond::Baking::AbstractBaker& baker, const BakerSettingsMap&
 
         if (!value.isValid())
             continue;
+        if (bag[id].type() == PropertyType::Float && !isConvertibleReal(value)) {
+            zmfBakerChannel().error(
+                QStringLiteral("Option %1 expected a value of type %2, but received non-convertible \"%3\".")
+                    .arg(name, QStringLiteral("double"), value.toString()));
+            return false;
+        }
         if (bag[id].type() == PropertyType::Path) {
             const QStringList paths = normalizePaths(QStringList{value.toString()});
             value = paths.isEmpty() ? QString() : paths.first();

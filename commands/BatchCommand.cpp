@@ -4,6 +4,7 @@
 #include "commands/BakerCommand.h"
 #include "commands/BakerCommandOptions.h"
 #include "commands/BakerSettingsTransfer.h"
+#include "commands/ConsoleStages.h"
 #include "commands/ExecutionPlan.h"
 #include "commands/JsonSettingsMap.h"
 #include "commands/PathNormalization.h"
@@ -120,6 +121,9 @@ public:
         applyGpuOptions(m_context, m_settings);
         // The cage and the high meshes are loaded once for all the nodes and inputs.
         m_context.setReuseLoadedScenes(true);
+        // Only on a terminal: otherwise the commands install no handler at all.
+        if (auto handler = consoleTaskHandler())
+            m_context.setTaskHandler(0, handler);
     }
 
     // Every node, in `order`, on one input.
@@ -215,12 +219,12 @@ private:
             failed = true;
             return nullptr;
         }
-        // The curvature baker loads its high meshes with less.
-        const bool lean = baker.identifier() == "curvaturefrommesh";
-        if (!m_high || highMeshes != m_highKey || lean != m_highLean) {
+        // Bakers load their high meshes with more or less (tangent frames).
+        const uint32_t flags = highLoadFlags(baker.identifier());
+        if (!m_high || highMeshes != m_highKey || flags != m_highFlags) {
             m_high = loadHighScenes(m_context, highMeshes, baker.identifier());
             m_highKey = highMeshes;
-            m_highLean = lean;
+            m_highFlags = flags;
         }
         failed = !m_high;
         return m_high;
@@ -244,7 +248,7 @@ private:
     LowSceneKey m_lowKey;
     Ond::SceneGraph::SceneSPtr m_high;
     QStringList m_highKey;
-    bool m_highLean = false;
+    uint32_t m_highFlags = 0;
 };
 
 } // namespace

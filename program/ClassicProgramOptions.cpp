@@ -4,6 +4,7 @@
 #include "program/HelpOptionHandler.h"
 #include "program/JSonOptDescrOptionHandler.h"
 #include "program/QtMessageRouting.h"
+#include "program/ThreadLimitOptionHandler.h"
 #include "program/VerbosityOptionHandler.h"
 #include "program/VersionOptionHandler.h"
 
@@ -26,6 +27,7 @@ ClassicProgramOptions::ClassicProgramOptions(const QString& programName, unsigne
     // Installs the default console delegate.
     m_verbosityHandler = std::make_shared<VerbosityOptionHandler>();
     addHandler(m_verbosityHandler);
+    addHandler(std::make_shared<ThreadLimitOptionHandler>());
 
     Core::installQtMessageRouting();
 }

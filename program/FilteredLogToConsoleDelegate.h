@@ -3,6 +3,7 @@
 // "[ERROR][Channel]text". A run of equal lines prints once, and the count of
 // the others is told before the next different line.
 
+#include "program/ConsoleProgress.h"
 #include "program/LogManager.h"
 
 #include <QByteArray>
@@ -70,6 +71,9 @@ private:
 
     void write(const QString& text)
     {
+        // A progress line on the same terminal goes first, so the log reads as without it.
+        if (m_out == stderr)
+            Core::ConsoleProgress::instance().clearLine();
         const QByteArray bytes = text.toUtf8();
         std::fwrite(bytes.constData(), 1, size_t(bytes.size()), m_out);
         std::fflush(m_out);

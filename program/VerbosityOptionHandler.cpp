@@ -1,5 +1,6 @@
 #include "program/VerbosityOptionHandler.h"
 
+#include "program/ConsoleProgress.h"
 #include "program/FilteredLogToConsoleDelegate.h"
 
 namespace Ond::Program {
@@ -7,6 +8,7 @@ namespace Ond::Program {
 VerbosityOptionHandler::VerbosityOptionHandler()
     : m_delegate(makeDelegate(false, false))
 {
+    Core::ConsoleProgress::instance().setQuiet(false);
     Core::LogManager::instance().addDelegate(m_delegate);
 }
 
@@ -33,6 +35,8 @@ void VerbosityOptionHandler::handle(const QString&, const QString& key, const QV
         m_verbose = true;
     } else if (key == QLatin1String("quiet")) {
         m_quiet = true;
+        // Quiet means quiet: no progress line either.
+        Core::ConsoleProgress::instance().setQuiet(true);
     } else {
         manager.addDelegate(m_delegate);
         return;

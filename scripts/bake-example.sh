@@ -9,12 +9,14 @@ cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build build -j"$(nproc)" --target zmfbaker
 mkdir -p out
 low=examples/pebble_low.obj
-for baker in normal-world-space position world-space-direction; do
+for baker in normal-world-space position world-space-direction ambient-occlusion; do
   ./build/zmfbaker -v "$baker" "$low" --output-size 10,10 --output-path out
 done
+./build/zmfbaker -v curvature "$low" --output-size 10,10 --output-path out
 high=examples/pebble_high.obj
 for baker in normal-from-mesh ambient-occlusion-from-mesh; do
   ./build/zmfbaker -v "$baker" "$low" --highdef-mesh "$high" --output-size 10,10 --output-path out
 done
+./build/zmfbaker -v uv-map "$low" --output-size 10,10 --output-format svg --output-path out
 ./build/zmfbaker -v run examples/pebble_plan.json
 ls -l out

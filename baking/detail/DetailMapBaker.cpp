@@ -16,6 +16,7 @@
 #include "baking/lowpoly/LowPolyProperties.h"
 #include "baking/lowpoly/PostProcess.h"
 #include "baking/lowpoly/SourceMap.h"
+#include "program/ConsoleProgress.h"
 #include "program/LogChannel.h"
 
 #include <QCoreApplication>
@@ -131,6 +132,10 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
             job.maxDepth *= largestExtent;
         }
     }
+    // Huge reaches overflow, and a box from a broken mesh may be no number:
+    // the reach, and with it every ray's tfar, stays a float.
+    for (float* reach : {&job.maxHeight, &job.maxDepth})
+        *reach = std::isnan(*reach) ? 0.0f : std::clamp(*reach, -3.4028235e+38f, 3.4028235e+38f);
 
     // An unreadable skew map is ignored: the bake goes on without it.
     if (value<bool>(bag, "Detail.SkewCorrection", false) && !useCage) {
@@ -329,8 +334,12 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
     }
 
     const auto postStart = Clock::now();
+    std::optional<Core::ConsoleProgressScope> postStage(std::in_place, QStringLiteral("Post-processing"));
     Surfaces::SurfaceSPtr surface = result.surface;
-    const auto dilate = [&] { postProcess(surface, uint32_t(std::max(dilationWidth, 0)), applyDiffusion); };
+    const auto dilate = [&] {
+        postProcess(surface, uint32_t(std::max(dilationWidth, 0)), applyDiffusion);
+        postStage->setValue(0.5);
+    };
     const auto toTangentSpace = [&] {
         TangentSpaceSettings settings;
         settings.uvSet = uint32_t(uvSet);
@@ -426,6 +435,7 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
     }
     }
 
+    postStage.reset();
     const double postSeconds = std::chrono::duration<double>(Clock::now() - postStart).count();
     Core::LogChannel().info(QStringLiteral(" Baker: ") + label() + QStringLiteral(" | Engine: ")
                             + backendName(result.backend) + QStringLiteral(" | Init: ")

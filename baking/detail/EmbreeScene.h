@@ -7,8 +7,11 @@
 
 #include <embree3/rtcore.h>
 
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace Ond::Baking {
@@ -46,12 +49,14 @@ class EmbreeScene
 public:
     // Builds over the mesh, which must outlive the scene: its buffers are
     // shared, not copied. Throws ErrorCode 1 when Embree cannot allocate.
-    explicit EmbreeScene(std::shared_ptr<const GrabbedMesh> mesh);
+    explicit EmbreeScene(std::shared_ptr<const GrabbedMesh> mesh,
+                         RTCBuildQuality quality = RTC_BUILD_QUALITY_MEDIUM);
     ~EmbreeScene();
     EmbreeScene(const EmbreeScene&) = delete;
     EmbreeScene& operator=(const EmbreeScene&) = delete;
 
     RTCScene handle() const { return m_scene; }
+    RTCBuildQuality buildQuality() const { return m_quality; }
     const GrabbedMesh& mesh() const { return *m_mesh; }
 
     // Closest hit; a hit is a tfar the call changed.
@@ -61,8 +66,10 @@ public:
     // first use and kept with the scene; empty until then.
     std::vector<float>& vertexCurvature() const { return m_vertexCurvature; }
 
-    // Created once for the process.
+    // Created once for the process, with the thread limit of the run.
     static RTCDevice device();
+    // The configuration text the device is made with.
+    static std::string deviceConfig();
 
 private:
     // Pointers handed to the filter as the geometry's user data.
@@ -75,12 +82,44 @@ private:
     std::shared_ptr<const GrabbedMesh> m_mesh;
     FilterData m_filterData;
     RTCScene m_scene = nullptr;
+    RTCBuildQuality m_quality = RTC_BUILD_QUALITY_MEDIUM;
     mutable std::vector<float> m_vertexCurvature;
 };
 
-// Fills a ray and clears its hit.
+// Rays the job casts: one per sample, and the secondary rays of each for
+// the kinds that cast them.
+double rayBudget(const DetailBakeJob& job);
+
+// A tree's quality changes how fast rays run, never what they hit. A quick
+// build pays where few rays per triangle follow (a normal map from a huge
+// mesh); a better tree where many do (occlusion).
+RTCBuildQuality buildQualityFor(double rays, size_t triangles);
+
+// Embree takes no ray whose origin or direction lies beyond this or is not a
+// number (its builds with assertions abort on one).
+constexpr float RayCoordinateLimit = 1.844e18f;
+
+inline bool isTraceable(const float* v)
+{
+    // Written so that NaN fails.
+    return std::fabs(v[0]) <= RayCoordinateLimit && std::fabs(v[1]) <= RayCoordinateLimit
+        && std::fabs(v[2]) <= RayCoordinateLimit;
+}
+
+// Fills a ray and clears its hit. A ray that can't be traced, from a reach
+// or a mesh beyond float range, is disabled (tnear past tfar): it meets
+// nothing and leaves tfar as given.
 inline void setRay(RTCRayHit& rh, const float* origin, const float* direction, float tnear, float tfar, uint32_t id)
 {
+    static const float parked[3] = {0.0f, 0.0f, 1.0f};
+    const bool traceable = isTraceable(origin) && isTraceable(direction) && tnear == tnear;
+    if (!traceable) {
+        origin = parked;
+        direction = parked;
+        tnear = std::numeric_limits<float>::infinity();
+    } else if (tnear < 0.0f) {
+        tnear = 0.0f; // nor does it take a ray that starts behind its origin
+    }
     rh.ray.org_x = origin[0];
     rh.ray.org_y = origin[1];
     rh.ray.org_z = origin[2];

@@ -2,11 +2,13 @@
 
 #include "baking/AbstractBakingContext.h"
 #include "baking/detail/CurvatureMesh.h"
+#include "program/ConsoleProgress.h"
 
 #include <QThread>
 
 #include <algorithm>
 #include <new>
+#include <optional>
 
 namespace Ond::Baking {
 
@@ -39,6 +41,7 @@ void RaytracerEmbree::init(const DetailBakeJob& job, const BakeTiling& tiling, B
         m_scene.reset();
         m_mesh.reset();
         m_haveKey = false;
+        std::optional<Core::ConsoleProgressScope> stage(std::in_place, QStringLiteral("Preparing high mesh"));
         if (job.highScene) {
             m_mesh = std::shared_ptr<GrabbedMesh>(
                 grabMesh(*job.highScene, job.flags, job.kind, job.colorSource, job.highUvSet).release());
@@ -48,7 +51,8 @@ void RaytracerEmbree::init(const DetailBakeJob& job, const BakeTiling& tiling, B
         if (welded)
             m_mesh = weldGrabbedMesh(*m_mesh);
         m_sceneWelded = welded;
-        m_scene = std::make_unique<EmbreeScene>(m_mesh);
+        stage.emplace(QStringLiteral("Building ray tracing scene"));
+        m_scene = std::make_unique<EmbreeScene>(m_mesh, buildQualityFor(rayBudget(job), m_mesh->triangleCount));
         m_key = key;
         m_haveKey = true;
         ++m_sceneBuilds;

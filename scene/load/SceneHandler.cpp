@@ -3,6 +3,8 @@
 #include "scene/load/SceneLoaderMgr.h"
 #include "scene/processing/SceneProcessor.h"
 
+#include <QObject>
+
 namespace Ond::SceneLoad {
 
 SceneHandler::SceneHandler()
@@ -16,6 +18,8 @@ void SceneHandler::load(std::shared_ptr<SceneGraph::Scene>& result, const SceneL
                         const SceneLoaderMgr* loaderMgr, Core::ProgressInterface* progress)
 {
     result = loadScene(options, loaderMgr, progress);
+    if (progress && result)
+        progress->setText(QObject::tr("Processing meshes"));
     // Post-processing: normals, tangent frames and boxes the file lacked.
     // Deindexed before the tangents, reindexed after them.
     m_processor->processScene(result, options, progress, true, true);

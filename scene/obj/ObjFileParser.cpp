@@ -1,8 +1,11 @@
 #include "scene/obj/ObjFileParser.h"
 
 #include "program/ProgressInterface.h"
+#include "program/ThreadLimit.h"
 #include "scene/obj/ObjBlockParser.h"
 #include "scene/obj/ObjReindexer.h"
+
+#include <malloc.h>
 
 #include <QIODevice>
 #include <QObject>
@@ -32,6 +35,8 @@ const char* const StageTexts[] = {
 constexpr size_t BufferBytes = ObjFileParser::BlockSize + ObjFileParser::LineTail + 16;
 
 constexpr float NormalEpsilon = 1e-7f;
+
+constexpr size_t ReleaseBytes = size_t(1) << 20;
 
 uint32_t nameId(std::unordered_map<std::string, uint32_t>& ids, QStringList& names,
                 const std::string& name)
@@ -258,7 +263,7 @@ void ObjFileParser::parseBlocks()
 {
     // The scan's totals record is no block.
     const size_t blockCount = m_chunks.size() - 1;
-    const unsigned hardware = std::max(1u, std::thread::hardware_concurrency());
+    const unsigned hardware = Ond::Core::threadCount();
     const size_t workerCount = std::min<size_t>({hardware, 99, std::max<size_t>(blockCount, 1)});
     m_backlog = std::min<uint64_t>(99 - workerCount, workerCount);
     m_jobs.resize(blockCount);
@@ -478,11 +483,20 @@ void ObjFileParser::reindex()
     for (const auto& job : m_jobs)
         triangleCount += job->faces.size();
     ObjReindexer reindexer(m_result, triangleCount);
+    size_t released = 0;
     for (auto& job : m_jobs) {
         if (m_failed.load())
             return;
         reindexer.addBlock(*job);
+        released += job->faces.capacity() * sizeof(ObjTriangle);
         job.reset(); // its faces are no longer needed: keeps the peak down
+        // Face lists of 1 MiB blocks sit in the allocator's arenas, which keep
+        // freed memory; hand it back as the mesh buffers grow, or the peak is
+        // faces and buffers together.
+        if (released >= ReleaseBytes) {
+            ::malloc_trim(0);
+            released = 0;
+        }
     }
     m_meshes = reindexer.takeMeshes();
     m_result = ObjParseResult();

@@ -73,11 +73,17 @@ std::vector<Task> MainProcessTaskList::getTasks(QThreadPool*, const std::shared_
         }
     }
 
-    if (forceBoundingBox || boundingBoxIfMissing) {
-        const bool force = forceBoundingBox;
-        tasks.push_back({1, [owned, force](std::shared_ptr<Mesh::Data> d) {
+    if (forceBoundingBox) {
+        tasks.push_back({1, [owned](std::shared_ptr<Mesh::Data> d) {
                              d = owned(std::move(d));
-                             computeBoundingBox(*d, force);
+                             computeBoundingBox(*d, true);
+                             return d;
+                         }});
+    } else if (boundingBoxIfMissing) {
+        // A missing box is a cache the Data fills on any read: no private
+        // copy of a huge mesh for it.
+        tasks.push_back({1, [](std::shared_ptr<Mesh::Data> d) {
+                             computeBoundingBox(*d, false);
                              return d;
                          }});
     }

@@ -212,3 +212,28 @@ TEST(CommandLine, UsageShowsTheNameTheBinaryWasStartedUnder)
               "[ERROR][CLIParser]A subcommand must be provided.  Run 'renamed-baker --help' to see available "
               "subcommands.\n");
 }
+
+TEST(CommandLine, ThreadCapIsAGlobalOptionOrAVariable)
+{
+    auto r = runZmfbaker({"--threads", "two", "height-from-mesh", "a.obj"});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_EQ(r.err,
+              "[ERROR][CLIParser]Option threads expected a value of type uint, but received non-convertible "
+              "\"two\".\n");
+
+    r = runZmfbaker({"--threads", "1", "height-from-mesh"});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_EQ(r.err, "[ERROR][ZMFBaker]Error: No input(s) specified.\n");
+
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("OND_THREADS", "-3");
+    r = runZmfbaker({"height-from-mesh"}, QString(), env);
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_EQ(r.err,
+              "[WARNING][CLIParser]Environment variable OND_THREADS expected a value of type uint, but received "
+              "non-convertible \"-3\"; all cores are used.\n"
+              "[ERROR][ZMFBaker]Error: No input(s) specified.\n");
+
+    r = runZmfbaker({"--help"});
+    EXPECT_TRUE(r.out.contains("--threads <count>\n")) << r.out.toStdString();
+}

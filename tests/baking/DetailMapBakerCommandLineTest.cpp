@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <iostream>
 #include <vector>
 
@@ -117,6 +118,15 @@ TEST(DetailMapBakerCommandLine, NormalMapsMatchTheReferenceBakeInsideTheIslands)
     EXPECT_GT(ts.count, 500000u);
     EXPECT_LE(ts.mean, 2.0);
     EXPECT_LE(ts.p99, 10.0);
+
+    // One thread bakes the very same map.
+    QStringList oneThread = tangentOptions;
+    oneThread << QStringLiteral("--threads") << QStringLiteral("1");
+    const SurfaceSPtr capped = BoxPair::bakeBoxLow(QStringLiteral("normal-from-mesh"), oneThread);
+    ASSERT_TRUE(capped);
+    ASSERT_EQ(capped->height(), tangent->height());
+    for (unsigned y = 0; y < tangent->height(); ++y)
+        ASSERT_EQ(std::memcmp(capped->row(y), tangent->row(y), size_t(tangent->rowBytes())), 0) << "row " << y;
 
     // DirectX orientation: the same map with green pointing down.
     QStringList directXOptions = referenceOptions();

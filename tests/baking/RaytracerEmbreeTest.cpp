@@ -3,6 +3,7 @@
 #include "baking/detail/BackendRunner.h"
 #include "baking/detail/MeshNameId.h"
 #include "baking/detail/RaytracerEmbree.h"
+#include "baking/detail/SecondaryRayParams.h"
 
 #include <gtest/gtest.h>
 
@@ -302,4 +303,50 @@ TEST(RaytracerEmbreeTest, KindWithoutKernelIsAnInternalError)
     } catch (ErrorCode code) {
         EXPECT_EQ(code, ErrorCode::InternalError);
     }
+}
+
+TEST(RaytracerEmbreeTest, TreeQualityFollowsTheRayBudget)
+{
+    DetailBakeJob normal;
+    normal.kind = BakeJobKind::Normal;
+    normal.width = normal.height = 2048;
+    normal.subSamples = 1;
+    EXPECT_DOUBLE_EQ(rayBudget(normal), 4194304.0);
+    normal.subSamples = 2; // samples per side
+    EXPECT_DOUBLE_EQ(rayBudget(normal), 4.0 * 4194304.0);
+    AOParams ao;
+    ao.sampleCount = 64;
+    DetailBakeJob occlusion = normal;
+    occlusion.subSamples = 1;
+    occlusion.kind = BakeJobKind::AmbientOcclusion;
+    occlusion.params = &ao;
+    EXPECT_DOUBLE_EQ(rayBudget(occlusion), 65.0 * 4194304.0);
+
+    // A normal map from a 16 M-triangle sculpt builds quickly; occlusion,
+    // or a mesh with fewer triangles than rays, gets the better tree.
+    EXPECT_EQ(buildQualityFor(rayBudget(normal) / 4.0, 16000000), RTC_BUILD_QUALITY_LOW);
+    EXPECT_EQ(buildQualityFor(rayBudget(occlusion), 16000000), RTC_BUILD_QUALITY_MEDIUM);
+    EXPECT_EQ(buildQualityFor(rayBudget(normal), 1000000), RTC_BUILD_QUALITY_MEDIUM);
+
+    // Through the tracer: 20 plates, 40 triangles, under 16 or 4096 rays.
+    ScopedKernel kernel(BakeJobKind::Height, &makeStripJob<DistanceKernel>);
+    std::vector<Entity::SPtr> plates;
+    for (int i = 0; i < 20; ++i)
+        plates.push_back(plate(QStringLiteral("p%1").arg(i), -0.05f * float(i), 100.0f));
+    const SceneSPtr high = sceneOf(plates);
+    GridRasterizer raster;
+    raster.z = 0.25f;
+    RaytracerEmbree few;
+    const BakeResult quick = trace(few, raster, jobOver(high, 4, 1, nullptr));
+    ASSERT_TRUE(few.scene());
+    EXPECT_EQ(few.scene()->buildQuality(), RTC_BUILD_QUALITY_LOW);
+    RaytracerEmbree many;
+    const BakeResult better = trace(many, raster, jobOver(high, 64, 1, nullptr));
+    EXPECT_EQ(many.scene()->buildQuality(), RTC_BUILD_QUALITY_MEDIUM);
+    // The top plate at the same distance, whatever the tree.
+    for (unsigned y = 0; y < 4; ++y)
+        for (unsigned x = 0; x < 4; ++x) {
+            EXPECT_EQ(texel(quick, x, y)[0], texel(better, x * 16, y * 16)[0]) << x << "," << y;
+            EXPECT_EQ(texel(quick, x, y)[3], 1.0f);
+        }
 }

@@ -317,6 +317,20 @@ TEST_F(BakeInputTest, HighScenesAreCombined)
     EXPECT_EQ(scene->getMeshes()[0]->getData()->getUvSetCount(), 1u);
 }
 
+TEST_F(BakeInputTest, HighMeshesGetTangentFramesOnlyForTheTextureBaker)
+{
+    const QString high = QUrl::fromLocalFile(boxLow()).toString();
+    for (const char* baker : {"normalfrommesh", "aofrommesh", "heightfrommesh", "texturefrommesh"}) {
+        const auto scene = loadHighScenes(context, {high}, baker);
+        ASSERT_TRUE(scene) << baker;
+        const auto data = scene->getMeshes().at(0)->getData();
+        const bool texture = std::string(baker) == "texturefrommesh";
+        EXPECT_EQ(data->getTangents() != nullptr, texture) << baker;
+        EXPECT_EQ(data->getUvSetCount(), 1u) << baker;
+        EXPECT_TRUE(data->getNormals()) << baker;
+    }
+}
+
 TEST_F(BakeInputTest, SelectionMessagesWhileLoading)
 {
     LogCapture log;

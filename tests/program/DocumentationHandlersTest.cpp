@@ -120,7 +120,9 @@ TEST(JSonOptDescrOptionHandler, TopLevelIsAnArrayWithTheGlobalOptionsFirst)
     const QJsonObject global = all[0].toObject();
     EXPECT_EQ(global.value("name").toString(), "");
     const QJsonArray globals = global.value("options").toArray();
-    ASSERT_EQ(globals.size(), 6);
+    ASSERT_EQ(globals.size(), 7);
+    EXPECT_EQ(globals[6].toObject().value("name").toString(), "threads");
+    EXPECT_EQ(globals[6].toObject().value("type").toString(), "non-negative integer");
     EXPECT_EQ(globals[0].toObject().value("name").toString(), "help");
     EXPECT_EQ(globals[0].toObject().value("alternate names").toArray(), (QJsonArray{"h", "?"}));
     EXPECT_EQ(globals[2].toObject().value("description").toString(),

@@ -67,7 +67,12 @@ TEST(HelpOptionHandler, TopLevelHelpListsCommandsByNameAndVisibleGlobalOptions)
               "--quiet, -q\n"
               "            Disable warning messages.\n"
               "--verbose, -v\n"
-              "            Enable info and debug messages.\n");
+              "            Enable info and debug messages.\n"
+              "--threads <count>\n"
+              "            Maximum number of threads used by ray tracing, mesh processing and\n"
+              "            mesh reading.\n"
+              "            0 uses all cores. Without this option the environment variable\n"
+              "            OND_THREADS gives the count; by default all cores are used.\n");
 }
 
 TEST(HelpOptionHandler, CommandHelpShowsValueNamesAndDefaults)

@@ -141,7 +141,7 @@ TEST_F(ProgramOptionsTest, GlobalOptionsAreSharedAndOrdered)
     QStringList keys;
     for (const TypedCommandLineOption& option : options.globalOptions()->options())
         keys << option.key();
-    EXPECT_EQ(keys, (QStringList{"help", "doc-html", "opt-descr", "version", "quiet", "verbose"}));
+    EXPECT_EQ(keys, (QStringList{"help", "doc-html", "opt-descr", "version", "quiet", "verbose", "threads"}));
     EXPECT_EQ(options.globalOptions()->name(), "Global options");
     EXPECT_EQ(bake->globalOptions(), options.globalOptions());
 }

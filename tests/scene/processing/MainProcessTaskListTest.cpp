@@ -131,3 +131,17 @@ TEST(MainProcessTaskList, ExecuteLeavesThePublishedDataAlone)
     EXPECT_NE(result->getBinormals(), nullptr);
     EXPECT_FALSE(result->getBoundingBox().isEmpty());
 }
+
+TEST(MainProcessTaskList, AMissingBoxAloneCopiesNothing)
+{
+    const auto list = listFor(0x01 | 0x40);
+    auto withNormals = SceneTest::unitCubeData();
+    const auto normalsDone = listFor(0x01)->execute(withNormals);
+    ASSERT_NE(normalsDone->getNormals(), nullptr);
+    const uint64_t revision = normalsDone->getRevision();
+    const auto result = list->execute(normalsDone);
+    // The very same Data, its box filled in; readers see no change.
+    EXPECT_EQ(result, normalsDone);
+    EXPECT_EQ(result->getRevision(), revision);
+    EXPECT_FALSE(result->getBoundingBox().isEmpty());
+}
