@@ -270,8 +270,7 @@ TEST(BatchCommand, EveryCoveredTile)
     r = runZmfbaker({"position", noUv, "--udim", "auto", "--output-path", noUvDir});
     EXPECT_EQ(r.exitCode, 0);
     EXPECT_EQ(r.err,
-              QStringLiteral("[ERROR][ZMFBaker]Error: Scene \"%1\" has no UVs.\n"
-                             "[ERROR][ZMFBaker]Error: The uv set 0 of \"%1\" covers no uv tile, nothing to bake.\n")
+              QStringLiteral("[ERROR][ZMFBaker]Error: The uv set 0 of \"%1\" covers no uv tile, nothing to bake.\n")
                   .arg(noUv));
     EXPECT_EQ(pngFiles(noUvDir), QStringList());
 }
