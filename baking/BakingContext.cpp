@@ -127,6 +127,16 @@ Ond::SceneGraph::SceneSPtr BakingContext::loadSceneFile(const QString& pathOrUrl
                          ? QUrl(pathOrUrl)
                          : QUrl::fromLocalFile(QFileInfo(pathOrUrl).absoluteFilePath());
     const Ond::SceneLoad::SceneId id = url.toString().toStdString();
+    const QFileInfo file(url.toLocalFile());
+    if (m_reuseLoadedScenes) {
+        for (const LoadedScene& loaded : m_loadedScenes)
+            if (loaded.id == id && loaded.flags == flags && loaded.modified == file.lastModified()
+                && loaded.size == file.size()) {
+                if (!convertedMeshes(loaded.scene))
+                    convertScene(loaded.scene);
+                return loaded.scene;
+            }
+    }
     Ond::SceneGraph::SceneSPtr scene;
     {
         // The manager's scenes are read only under its lock.
@@ -137,7 +147,20 @@ Ond::SceneGraph::SceneSPtr BakingContext::loadSceneFile(const QString& pathOrUrl
     }
     if (scene)
         convertScene(scene);
+    if (scene && m_reuseLoadedScenes) {
+        m_loadedScenes.erase(std::remove_if(m_loadedScenes.begin(), m_loadedScenes.end(),
+                                            [&](const LoadedScene& l) { return l.id == id && l.flags == flags; }),
+                             m_loadedScenes.end());
+        m_loadedScenes.push_back(LoadedScene{id, flags, file.lastModified(), file.size(), scene});
+    }
     return scene;
+}
+
+void BakingContext::setReuseLoadedScenes(bool reuse)
+{
+    m_reuseLoadedScenes = reuse;
+    if (!reuse)
+        m_loadedScenes.clear();
 }
 
 void BakingContext::convertScene(const Ond::SceneGraph::SceneSPtr& scene)

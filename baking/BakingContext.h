@@ -11,6 +11,7 @@
 
 #include "scene/graph/Scene.h"
 
+#include <QDateTime>
 #include <QString>
 
 #include <cstdint>
@@ -76,6 +77,10 @@ public:
     // The tile the next regions belong to, and its end; nothing without a provider.
     void beginTile(int u, int v, int width, int height);
     void endTile();
+    // While on, a file loaded again with the same flags gives the scene of
+    // the first load, as long as the file hasn't changed: for runs that
+    // bake many maps against the same meshes.
+    void setReuseLoadedScenes(bool reuse);
     // The job is watched until it ends.
     void addJob(const std::weak_ptr<BakingJob>& job);
 
@@ -87,6 +92,16 @@ private:
     std::shared_ptr<TaskHandler> m_handlers[2];
     TileOutput m_tileOutput;
     std::shared_ptr<BakingUDIMTilesProvider> m_tilesProvider;
+    struct LoadedScene
+    {
+        std::string id;
+        uint32_t flags = 0;
+        QDateTime modified;
+        qint64 size = 0;
+        Ond::SceneGraph::SceneSPtr scene;
+    };
+    bool m_reuseLoadedScenes = false;
+    std::vector<LoadedScene> m_loadedScenes;
     mutable std::mutex m_jobsMutex;
     std::vector<std::weak_ptr<BakingJob>> m_jobs;
     bool m_gpuAllowed = true;

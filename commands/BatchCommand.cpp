@@ -119,6 +119,8 @@ public:
                                                                Ond::SceneLoad::createSceneExporterMgr()))
     {
         applyGpuOptions(m_context, m_settings);
+        // The cage and the high meshes are loaded once for all the nodes and inputs.
+        m_context.setReuseLoadedScenes(true);
         // Only on a terminal: otherwise the commands install no handler at all.
         if (auto handler = consoleTaskHandler())
             m_context.setTaskHandler(0, handler);
@@ -217,12 +219,12 @@ private:
             failed = true;
             return nullptr;
         }
-        // The curvature baker loads its high meshes with less.
-        const bool lean = baker.identifier() == "curvaturefrommesh";
-        if (!m_high || highMeshes != m_highKey || lean != m_highLean) {
+        // Bakers load their high meshes with more or less (tangent frames).
+        const uint32_t flags = highLoadFlags(baker.identifier());
+        if (!m_high || highMeshes != m_highKey || flags != m_highFlags) {
             m_high = loadHighScenes(m_context, highMeshes, baker.identifier());
             m_highKey = highMeshes;
-            m_highLean = lean;
+            m_highFlags = flags;
         }
         failed = !m_high;
         return m_high;
@@ -246,7 +248,7 @@ private:
     LowSceneKey m_lowKey;
     Ond::SceneGraph::SceneSPtr m_high;
     QStringList m_highKey;
-    bool m_highLean = false;
+    uint32_t m_highFlags = 0;
 };
 
 } // namespace

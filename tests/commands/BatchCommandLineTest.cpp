@@ -324,3 +324,31 @@ TEST(BatchCommand, HelpAndDescriptions)
     const auto udim = runZmfbaker({"position", "--help"});
     EXPECT_TRUE(udim.out.contains("\"auto\" bakes every tile")) << udim.out.toStdString();
 }
+
+TEST(BatchCommand, SharedCageAndHighMeshAreBakedAsByTheCommands)
+{
+    // The nodes share one high mesh and one cage, loaded once: each map is
+    // the one its own command bakes.
+    const QString low = ZmfTest::examplesDir() + QStringLiteral("/pebble_low.obj");
+    const QString high = ZmfTest::examplesDir() + QStringLiteral("/pebble_high.obj");
+    const QString dir = ZmfTest::makeTempDir();
+    const auto r = runZmfbaker(
+        {"run", writePlan(dir, plan(low, dir,
+                                    R"("h": {"baker": "height-from-mesh", "parameters": {"use-cage": true}},
+                                       "n": {"baker": "normal-from-mesh", "parameters": {"use-cage": true}})",
+                                    QStringLiteral(R"("highdef-mesh": ["%1"], "cage-mesh": "%2")")
+                                        .arg(high, low)
+                                        .toUtf8()))});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_EQ(errorLines(r.err), QStringList());
+    EXPECT_EQ(pngFiles(dir), (QStringList{"pebble_low_height-from-mesh.png", "pebble_low_normal-from-mesh.png"}));
+
+    const QString single = ZmfTest::makeTempDir();
+    for (const char* baker : {"height-from-mesh", "normal-from-mesh"}) {
+        const auto one = runZmfbaker({baker, low, "--highdef-mesh", high, "--use-cage", "true", "--cage-mesh", low,
+                                      "--output-size", "5,5", "--output-path", single});
+        EXPECT_EQ(one.exitCode, 0);
+        const QString name = QStringLiteral("pebble_low_%1.png").arg(QLatin1String(baker));
+        EXPECT_EQ(maxDifference(QImage(dir + "/" + name), QImage(single + "/" + name)), 0) << baker;
+    }
+}
