@@ -97,6 +97,8 @@ Ond::SceneGraph::SceneSPtr makeTerrain(unsigned n)
 
 int main(int argc, char** argv)
 {
+    // Figures as they come, also into a file.
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
     const unsigned n = argc > 1 ? unsigned(std::max(std::atoi(argv[1]), 3)) : 160u;
     const int log2Size = argc > 2 ? std::clamp(std::atoi(argv[2]), 5, 13) : 9;
     const int side = 1 << log2Size;

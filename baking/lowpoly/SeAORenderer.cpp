@@ -102,6 +102,10 @@ SeAORenderer::SeAORenderer(const SeAO::Geometry& geometry, const SeAO::SurfaceEl
     m_tree[3] = makeTexture(GL_RGBA32F, w, h, GL_RGBA, m_packed.links.data());
     m_tree[4] = makeTexture(GL_RGBA32F, w, h, GL_RGBA, m_packed.triangles0.data());
     m_tree[5] = makeTexture(GL_RGBA32F, w, h, GL_RGBA, m_packed.triangles1.data());
+    // The textures hold the tree from here on.
+    for (std::vector<float>* array : {&m_packed.vertices, &m_packed.positions, &m_packed.normals, &m_packed.links,
+                                      &m_packed.triangles0, &m_packed.triangles1})
+        std::vector<float>().swap(*array);
     for (GLuint& texture : m_occlusion)
         texture = makeTexture(GL_R32F, w, h, GL_RED, nullptr);
     glGenFramebuffers(1, &m_framebuffer);
@@ -257,41 +261,52 @@ std::vector<float> SeAORenderer::elementOcclusion() const
     return texels;
 }
 
-uint64_t SeAORenderer::countActive(unsigned stateTexture, int width, int height)
+std::vector<SeAORenderer::ReductionLevel> SeAORenderer::reductionChain(int width, int height)
 {
     // The first step takes a quarter of each side, the next ones halve,
     // until both sides are below 5; each texel is the mean of its block.
-    std::vector<GLuint> levels;
+    std::vector<ReductionLevel> chain;
+    int srcW = width, srcH = height;
+    while (chain.empty() || srcW >= 5 || srcH >= 5) {
+        const int limit = chain.empty() ? 4 : 2;
+        ReductionLevel level;
+        level.factorX = std::min(limit, srcW);
+        level.factorY = std::min(limit, srcH);
+        level.width = (srcW + level.factorX - 1) / level.factorX;
+        level.height = (srcH + level.factorY - 1) / level.factorY;
+        level.texture = makeTexture(GL_R32F, level.width, level.height, GL_RED, nullptr);
+        setFilter(level.texture, GL_LINEAR);
+        chain.push_back(level);
+        srcW = level.width;
+        srcH = level.height;
+    }
+    return chain;
+}
+
+uint64_t SeAORenderer::countActive(unsigned stateTexture, int width, int height,
+                                   const std::vector<ReductionLevel>& chain, std::vector<float>& last)
+{
     int srcW = width, srcH = height;
     GLuint source = stateTexture;
     setFilter(source, GL_LINEAR);
     m_reduce->bind();
-    bool first = true;
-    while (first || srcW >= 5 || srcH >= 5) {
-        const int limit = first ? 4 : 2;
-        const int fx = std::min(limit, srcW), fy = std::min(limit, srcH);
-        const int dstW = (srcW + fx - 1) / fx, dstH = (srcH + fy - 1) / fy;
-        GLuint level = makeTexture(GL_R32F, dstW, dstH, GL_RED, nullptr);
-        setFilter(level, GL_LINEAR);
-        glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, level, 0);
-        glViewport(0, 0, dstW, dstH);
+    for (const ReductionLevel& level : chain) {
+        glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, level.texture, 0);
+        glViewport(0, 0, level.width, level.height);
         m_reduce->setVec2("srcsize", float(srcW), float(srcH));
-        m_reduce->setVec2("dstsize", float(dstW), float(dstH));
-        m_reduce->setInt("factorx", fx);
-        m_reduce->setInt("factory", fy);
+        m_reduce->setVec2("dstsize", float(level.width), float(level.height));
+        m_reduce->setInt("factorx", level.factorX);
+        m_reduce->setInt("factory", level.factorY);
         bindTexture(*m_reduce, "smpsrc", 0, source);
         drawFullscreen();
-        levels.push_back(level);
-        source = level;
-        srcW = dstW;
-        srcH = dstH;
-        first = false;
+        source = level.texture;
+        srcW = level.width;
+        srcH = level.height;
     }
-    std::vector<float> last(size_t(srcW) * size_t(srcH));
+    last.resize(size_t(srcW) * size_t(srcH));
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
     glReadPixels(0, 0, srcW, srcH, GL_RED, GL_FLOAT, last.data());
     setFilter(stateTexture, GL_NEAREST);
-    glDeleteTextures(GLsizei(levels.size()), levels.data());
 
     double mean = 0.0;
     for (float v : last)
@@ -326,6 +341,8 @@ SeAOTileStats SeAORenderer::renderTile(const std::array<float, 4>& uvWindow, con
     glClear(GL_COLOR_BUFFER_BIT);
 
     const GLuint normalTexture = normals ? uploadTexture(*normals, true, true) : 0;
+    const std::vector<ReductionLevel> chain = reductionChain(w, h);
+    std::vector<float> counts;
 
     float looplimit = initialLoopLimit;
     uint64_t previousActive = 0;
@@ -358,7 +375,7 @@ SeAOTileStats SeAORenderer::renderTile(const std::array<float, 4>& uvWindow, con
         glBindVertexArray(m_vertexArray);
         glDrawElements(GL_TRIANGLES, m_drawnIndices, GL_UNSIGNED_INT, nullptr);
 
-        const uint64_t active = countActive(state[written], w, h);
+        const uint64_t active = countActive(state[written], w, h, chain, counts);
         const int64_t micros = microsecondsSince(start);
         seaoChannel().info(QStringLiteral("\tActive fragments: %1").arg(active));
         seaoChannel().info(QStringLiteral("\tCompute time: %1").arg(micros));
@@ -388,6 +405,8 @@ SeAOTileStats SeAORenderer::renderTile(const std::array<float, 4>& uvWindow, con
     }
     deleteTexture(normalTexture);
     glDeleteTextures(2, state);
+    for (const ReductionLevel& level : chain)
+        glDeleteTextures(1, &level.texture);
     glBindFramebuffer(GL_FRAMEBUFFER, 0);
     glBindVertexArray(0);
     glActiveTexture(GL_TEXTURE0);

@@ -79,9 +79,17 @@ public:
     static bool isSoftwareRenderer();
 
 private:
-    struct Target;
+    // One step of the count of active fragments: an R32F texture and the
+    // block it averages.
+    struct ReductionLevel
+    {
+        unsigned texture = 0;
+        int width = 0, height = 0, factorX = 1, factorY = 1;
+    };
+    static std::vector<ReductionLevel> reductionChain(int width, int height);
+    uint64_t countActive(unsigned stateTexture, int width, int height, const std::vector<ReductionLevel>& chain,
+                         std::vector<float>& last);
     void drawFullscreen() const;
-    uint64_t countActive(unsigned stateTexture, int width, int height);
     void bindTreeSamplers(GLProgram& program, int firstUnit) const;
 
     const SeAO::Geometry& m_geometry;
