@@ -98,6 +98,11 @@ FreeimageLibrary::FreeimageLibrary()
 #endif
     FreeImage_SetOutputMessage(messageHandler);
     quietTiffLibrary();
+    // Camera raw files are no textures, and the raw decoder behind this
+    // plugin writes past its buffers on damaged input (found by fuzzing the
+    // codec manager). Off, it is neither probed when a file is identified nor
+    // used to read one.
+    FreeImage_SetPluginEnabled(FIF_RAW, FALSE);
     m_io.read_proc = readProc;
     m_io.write_proc = writeProc;
     m_io.seek_proc = seekProc;
