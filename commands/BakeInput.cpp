@@ -74,6 +74,13 @@ Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const 
     Ond::SceneGraph::SceneSPtr scene = Ond::SceneLoad::SceneFileLoader::load(OutputNaming::localPath(inputPath), flags);
     if (!scene)
         return nullptr;
+    const QString path = OutputNaming::localPath(inputPath);
+    if (!hasTriangles(*scene, path))
+        return nullptr;
+    // Every baker works in the low mesh's UVs. The bake itself then fails in
+    // its own words, which don't name the file.
+    if (!meshContent(*scene, 0).hasUvSet)
+        zmfBakerChannel().error(QStringLiteral("Error: Scene \"%1\" has no UVs.").arg(path));
     SceneSelection::apply(*scene, selection);
     context.convertScene(scene);
     return scene;
@@ -125,13 +132,6 @@ QString bakeInput(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBake
     const Ond::SceneGraph::SceneSPtr low = loadScene(context, inputPath, selection, recomputeTangents);
     if (!low)
         return QString();
-    const QString lowPath = OutputNaming::localPath(inputPath);
-    if (!hasTriangles(*low, lowPath))
-        return QString();
-    // Every baker works in the low mesh's UVs. The bake itself then fails in
-    // its own words, which don't name the file.
-    if (!meshContent(*low, 0).hasUvSet)
-        zmfBakerChannel().error(QStringLiteral("Error: Scene \"%1\" has no UVs.").arg(lowPath));
 
     Ond::SceneGraph::SceneSPtr high;
     if (dynamic_cast<Ond::Baking::DetailMapBaker*>(&baker)) {

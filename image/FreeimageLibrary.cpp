@@ -44,7 +44,9 @@ int DLL_CALLCONV seekProc(fi_handle handle, long offset, int origin)
         target = d->pos() + offset;
     else if (origin == SEEK_END)
         target = d->size() + offset;
-    if (target < 0)
+    // Past the end of what is read there is nothing; damaged files make the
+    // library seek there in loops, and the device would warn on every call.
+    if (target < 0 || (!d->isWritable() && !d->isSequential() && target > d->size()))
         return -1;
     return d->seek(target) ? 0 : -1;
 }
