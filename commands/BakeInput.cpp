@@ -94,6 +94,13 @@ Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const 
     }
     if (!scene)
         return nullptr;
+    const QString path = OutputNaming::localPath(inputPath);
+    if (!hasTriangles(*scene, path))
+        return nullptr;
+    // Every baker works in the low mesh's UVs. The bake itself then fails in
+    // its own words, which don't name the file.
+    if (!meshContent(*scene, 0).hasUvSet)
+        zmfBakerChannel().error(QStringLiteral("Error: Scene \"%1\" has no UVs.").arg(path));
     SceneSelection::apply(*scene, selection);
     context.convertScene(scene);
     return scene;
@@ -170,7 +177,7 @@ Ond::SceneGraph::SceneSPtr highSceneFor(Ond::Baking::AbstractMapBaker& baker, Vr
 // when the input can't be baked.
 bool loadInputScenes(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBaker& baker, const QString& inputPath,
                      Vrn::Baking::BakingContext& context, const QStringList& highMeshes,
-                     Ond::SceneGraph::SceneSPtr& low, Ond::SceneGraph::SceneSPtr& high, bool everyCoveredTile)
+                     Ond::SceneGraph::SceneSPtr& low, Ond::SceneGraph::SceneSPtr& high)
 {
     if (!applyTangentSpaceSettings(settings))
         return false;
@@ -181,14 +188,6 @@ bool loadInputScenes(const BakerSettingsMap& settings, Ond::Baking::AbstractMapB
     low = loadScene(context, inputPath, selection, recomputeTangents);
     if (!low)
         return false;
-    const QString lowPath = OutputNaming::localPath(inputPath);
-    if (!hasTriangles(*low, lowPath))
-        return false;
-    // Every baker works in the low mesh's UVs. The bake itself then fails in
-    // its own words, which don't name the file; the covered-tile loop has its
-    // own line that does.
-    if (!everyCoveredTile && !meshContent(*low, 0).hasUvSet)
-        zmfBakerChannel().error(QStringLiteral("Error: Scene \"%1\" has no UVs.").arg(lowPath));
     bool failed = false;
     high = highSceneFor(baker, context, low, highMeshes, failed);
     return !failed;
@@ -202,7 +201,7 @@ QString bakeInput(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBake
 {
     Ond::SceneGraph::SceneSPtr low;
     Ond::SceneGraph::SceneSPtr high;
-    if (!loadInputScenes(settings, baker, inputPath, context, highMeshes, low, high, false))
+    if (!loadInputScenes(settings, baker, inputPath, context, highMeshes, low, high))
         return QString();
     return saveBaker(settings, baker, bakerName, inputPath, context, low, high, cagePath);
 }
@@ -213,7 +212,7 @@ QStringList bakeCoveredTiles(const BakerSettingsMap& settings, Ond::Baking::Abst
 {
     Ond::SceneGraph::SceneSPtr low;
     Ond::SceneGraph::SceneSPtr high;
-    if (!loadInputScenes(settings, baker, inputPath, context, highMeshes, low, high, true))
+    if (!loadInputScenes(settings, baker, inputPath, context, highMeshes, low, high))
         return QStringList{QString()};
     return saveCoveredTiles(settings, baker, bakerName, inputPath, context, low, high, cagePath);
 }
@@ -224,7 +223,8 @@ std::vector<uint16_t> bakedTilesOf(Ond::Baking::AbstractMapBaker& baker, const O
     const Ond::Baking::PropertyBag& bag = baker.properties();
     const int uvSet = bag.contains("Common.UVSet") ? bag["Common.UVSet"].valueAs<int>() : 0;
     const std::vector<uint16_t> udims = UvTileList::coveredTiles(low, uvSet);
-    if (udims.empty())
+    // A mesh without any UVs was told as such when it loaded.
+    if (udims.empty() && meshContent(low, 0).hasUvSet)
         zmfBakerChannel().error(QStringLiteral("Error: The uv set %1 of \"%2\" covers no uv tile, nothing to bake.")
                                     .arg(uvSet)
                                     .arg(OutputNaming::localPath(inputPath)));

@@ -50,16 +50,18 @@ QStringList saveCoveredTiles(const BakerSettingsMap& settings, Ond::Baking::Abst
 bool applyTangentSpaceSettings(const BakerSettingsMap& settings);
 
 // The low scene with the selection applied and converted for the context;
-// null (and a line in the log) if the file couldn't be loaded. Tangents of
-// the file are kept unless `recomputeTangents`.
+// null (and a line in the log) if the file couldn't be loaded or holds no
+// triangles. A scene without UVs is said on the log and still returned.
+// Tangents of the file are kept unless `recomputeTangents`.
 Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const QString& inputPath,
                                      const QStringList& selection, bool recomputeTangents);
 
 // The load flags of a baker's high meshes.
 uint32_t highLoadFlags(const std::string& bakerIdentifier);
 
-// All high meshes under one scene. Null if the run was cancelled. A file that
-// can't be loaded throws std::runtime_error: the whole run stops there.
+// All high meshes under one scene. Null if the run was cancelled or a file
+// holds no triangles (said on the log). A file that can't be loaded is named
+// on the log, then throws std::runtime_error: the whole run stops there.
 Ond::SceneGraph::SceneSPtr loadHighScenes(Vrn::Baking::BakingContext& context, const QStringList& highMeshes,
                                           const std::string& bakerIdentifier);
 

@@ -44,7 +44,9 @@ int DLL_CALLCONV seekProc(fi_handle handle, long offset, int origin)
         target = d->pos() + offset;
     else if (origin == SEEK_END)
         target = d->size() + offset;
-    if (target < 0)
+    // Past the end of what is read there is nothing; damaged files make the
+    // library seek there in loops, and the device would warn on every call.
+    if (target < 0 || (!d->isWritable() && !d->isSequential() && target > d->size()))
         return -1;
     return d->seek(target) ? 0 : -1;
 }
@@ -98,6 +100,11 @@ FreeimageLibrary::FreeimageLibrary()
 #endif
     FreeImage_SetOutputMessage(messageHandler);
     quietTiffLibrary();
+    // Camera raw files are no textures, and the raw decoder behind this
+    // plugin writes past its buffers on damaged input (found by fuzzing the
+    // codec manager). Off, it is neither probed when a file is identified nor
+    // used to read one.
+    FreeImage_SetPluginEnabled(FIF_RAW, FALSE);
     m_io.read_proc = readProc;
     m_io.write_proc = writeProc;
     m_io.seek_proc = seekProc;

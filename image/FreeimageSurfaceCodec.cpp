@@ -449,7 +449,15 @@ bool FreeimageSurfaceCodec::isPlausibleSize(FREE_IMAGE_FORMAT fif) const
     const qint64 start = m_device->pos();
     const double stored = double(std::max<qint64>(m_device->size() - start, 0));
     double claimed = 0.0;
-    if (FreeImage_FIFSupportsNoPixels(fif)) {
+    if (fif == FIF_DDS) {
+        // The library's DDS reader allocates even when asked for the header
+        // only: its header is "DDS ", a size, flags, then height and width.
+        const QByteArray head = m_device->peek(20);
+        if (head.size() < 20 || !head.startsWith("DDS "))
+            return false;
+        const auto field = [&head](int at) { return qFromLittleEndian<quint32>(head.constData() + at); };
+        claimed = double(field(12)) * field(16) * 16.0;
+    } else if (FreeImage_FIFSupportsNoPixels(fif)) {
         FreeimageLibrary* library = FreeimageLibrary::instance();
         BitmapPtr header(
             FreeImage_LoadFromHandle(fif, library->io(), FreeimageLibrary::handle(m_device), FIF_LOAD_NOPIXELS));
@@ -458,14 +466,6 @@ bool FreeimageSurfaceCodec::isPlausibleSize(FREE_IMAGE_FORMAT fif) const
             return false;
         claimed = double(FreeImage_GetWidth(header.get())) * FreeImage_GetHeight(header.get())
             * std::max(1u, FreeImage_GetBPP(header.get())) / 8.0;
-    } else if (fif == FIF_DDS) {
-        // The library's DDS reader has no header-only mode: its header is
-        // "DDS ", a size, flags, then height and width.
-        const QByteArray head = m_device->peek(20);
-        if (head.size() < 20 || !head.startsWith("DDS "))
-            return false;
-        const auto field = [&head](int at) { return qFromLittleEndian<quint32>(head.constData() + at); };
-        claimed = double(field(12)) * field(16) * 16.0;
     }
     return claimed <= std::max(MaxBytesPerStoredByte * stored, AlwaysPlausibleBytes);
 }

@@ -26,9 +26,10 @@ public:
     // A header may claim any size, and the library allocates what it claims
     // before it reads a pixel. Decoded images larger than this many bytes
     // per byte of the file (beyond what zlib or run-lengths reach) are
-    // refused, unless below the floor.
+    // refused, unless below the floor. zlib reaches 1032 to 1, run-length
+    // and JPEG coding less.
     static constexpr double MaxBytesPerStoredByte = 4096.0;
-    static constexpr double AlwaysPlausibleBytes = 256.0 * 1024 * 1024;
+    static constexpr double AlwaysPlausibleBytes = 16.0 * 1024 * 1024;
 
 private:
     bool isPlausibleSize(FREE_IMAGE_FORMAT fif) const;

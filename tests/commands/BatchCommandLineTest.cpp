@@ -264,14 +264,12 @@ TEST(BatchCommand, EveryCoveredTile)
     EXPECT_EQ(r.exitCode, 0);
     EXPECT_EQ(pngFiles(boxDir), QStringList{"1001-box_low.png"});
 
-    // A mesh without UVs covers no tile: told, and nothing written.
+    // A mesh without UVs covers no tile: told once, and nothing written.
     const QString noUvDir = ZmfTest::makeTempDir();
     const QString noUv = ZmfTest::examplesDir() + QStringLiteral("/pebble_high.obj");
     r = runZmfbaker({"position", noUv, "--udim", "auto", "--output-path", noUvDir});
     EXPECT_EQ(r.exitCode, 0);
-    EXPECT_EQ(r.err,
-              QStringLiteral("[ERROR][ZMFBaker]Error: The uv set 0 of \"%1\" covers no uv tile, nothing to bake.\n")
-                  .arg(noUv));
+    EXPECT_EQ(r.err, QStringLiteral("[ERROR][ZMFBaker]Error: Scene \"%1\" has no UVs.\n").arg(noUv));
     EXPECT_EQ(pngFiles(noUvDir), QStringList());
 }
 
