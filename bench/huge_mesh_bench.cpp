@@ -141,6 +141,7 @@ struct RunFigures
     int exitCode = -1;
     double wall = 0.0;
     double peakGiB = 0.0;
+    double cpu = 0.0; // user and system time of the process, all threads
     std::vector<Interval> stages; // in order of first appearance
     double lastStageEnd = 0.0;
 };
@@ -243,6 +244,8 @@ RunFigures runStaged(const QString& program, const QStringList& args)
     figures.wall = now() - start;
     figures.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     figures.peakGiB = double(usage.ru_maxrss) * 1024.0 / double(1ull << 30);
+    figures.cpu = double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec)
+                  + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
     if (!log.empty())
         std::printf("  log: %s\n", log.c_str());
     return figures;
@@ -250,7 +253,9 @@ RunFigures runStaged(const QString& program, const QStringList& args)
 
 void report(const char* label, const RunFigures& f)
 {
-    std::printf("%s: %.2f s wall, peak RSS %.2f GiB, exit %d\n", label, f.wall, f.peakGiB, f.exitCode);
+    // CPU time tells more than wall time on a machine that others load.
+    std::printf("%s: %.2f s wall, %.2f s CPU, peak RSS %.2f GiB, exit %d\n", label, f.wall, f.cpu, f.peakGiB,
+                f.exitCode);
     for (const Interval& stage : f.stages)
         std::printf("  %-52s %8.2f s\n", stage.key.c_str(), stage.seconds);
     std::printf("  %-52s %8.2f s\n", "after the last stage: writing the file, leaving", f.wall - f.lastStageEnd);
