@@ -3,6 +3,7 @@
 #include "baking/GLMapBakerManager.h"
 #include "baking/lowpoly/ColorMapBaker.h"
 #include "commands/BakerCommand.h"
+#include "commands/BatchCommand.h"
 #include "commands/InfoCommand.h"
 #include "image/DefaultCodecs.h"
 #include "program/ClassicProgramOptions.h"
@@ -23,6 +24,7 @@ void registerCommands(Ond::Program::ClassicProgramOptions& options)
                             std::make_shared<Ond::Baking::ColorMapBakerFactory>());
     for (const QByteArray& key : manager.keys())
         options.addCommand(std::make_shared<ProgramCommand::BakerCommand>(key));
+    options.addCommand(std::make_shared<ProgramCommand::BatchCommand>());
     options.addCommand(std::make_shared<ProgramCommand::InfoCommand>());
 }
 

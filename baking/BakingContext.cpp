@@ -3,6 +3,7 @@
 #include "baking/SceneConverterVisitor.h"
 
 #include "image/SurfaceCodecManager.h"
+#include "image/UDIMTiles.h"
 #include "scene/load/SceneMgr.h"
 #include "scene/load/UrlSceneHandler.h"
 #include "scene/processing/TangentSpaceGenerator.h"
@@ -68,6 +69,29 @@ void BakingContext::tileOutput(const Ond::Surfaces::SurfaceSPtr& surface, int ce
 {
     if (m_tileOutput)
         m_tileOutput(surface, cellX, cellY, isFinal);
+}
+
+void BakingContext::setTilesProvider(std::shared_ptr<BakingUDIMTilesProvider> provider)
+{
+    m_tilesProvider = std::move(provider);
+    if (!m_tilesProvider) {
+        m_tileOutput = nullptr;
+        return;
+    }
+    m_tileOutput = [provider = m_tilesProvider](const Ond::Surfaces::SurfaceSPtr& surface, int cellX, int cellY,
+                                                bool isFinal) { provider->addRegion(surface, cellX, cellY, isFinal); };
+}
+
+void BakingContext::beginTile(int u, int v, int width, int height)
+{
+    if (m_tilesProvider)
+        m_tilesProvider->beginTile(u, v, width, height);
+}
+
+void BakingContext::endTile()
+{
+    if (m_tilesProvider)
+        m_tilesProvider->endTile();
 }
 
 void BakingContext::progressBegin(const QString& name)

@@ -25,6 +25,8 @@ class SceneMgr;
 
 namespace Vrn::Baking {
 
+class BakingUDIMTilesProvider;
+
 class BakingContext : public Ond::Baking::AbstractBakingContext
 {
 public:
@@ -67,6 +69,13 @@ public:
     // Handler 0 receives the progress; both are asked about cancellation.
     void setTaskHandler(int slot, std::shared_ptr<TaskHandler> handler);
     void setTileOutput(TileOutput output) { m_tileOutput = std::move(output); }
+    // Hands the regions of the bakes to the provider's current tile, for a
+    // viewer of the bake in progress; null takes it away.
+    void setTilesProvider(std::shared_ptr<BakingUDIMTilesProvider> provider);
+    const std::shared_ptr<BakingUDIMTilesProvider>& tilesProvider() const { return m_tilesProvider; }
+    // The tile the next regions belong to, and its end; nothing without a provider.
+    void beginTile(int u, int v, int width, int height);
+    void endTile();
     // The job is watched until it ends.
     void addJob(const std::weak_ptr<BakingJob>& job);
 
@@ -77,6 +86,7 @@ private:
     std::shared_ptr<SceneInfoCache> m_sceneInfo;
     std::shared_ptr<TaskHandler> m_handlers[2];
     TileOutput m_tileOutput;
+    std::shared_ptr<BakingUDIMTilesProvider> m_tilesProvider;
     mutable std::mutex m_jobsMutex;
     std::vector<std::weak_ptr<BakingJob>> m_jobs;
     bool m_gpuAllowed = true;

@@ -9,7 +9,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace Ond::Baking {
 class AbstractMapBaker;
@@ -25,6 +27,27 @@ namespace ProgramCommand {
 QString bakeInput(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBaker& baker, const QString& bakerName,
                   const QString& inputPath, Vrn::Baking::BakingContext& context, const QStringList& highMeshes,
                   const QString& cagePath);
+
+// Bakes every tile that the low mesh's UVs cover in the baker's UV set, one
+// file per tile, named with the tile's UDIM number (added to the name when
+// the pattern lacks it). The written paths, one per tile, empty for a
+// failed one; a single empty path when the input couldn't be baked.
+QStringList bakeCoveredTiles(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBaker& baker,
+                             const QString& bakerName, const QString& inputPath, Vrn::Baking::BakingContext& context,
+                             const QStringList& highMeshes, const QString& cagePath);
+// The tiles bakeCoveredTiles bakes, in ascending order; with none, the
+// error is logged.
+std::vector<uint16_t> bakedTilesOf(Ond::Baking::AbstractMapBaker& baker, const Ond::SceneGraph::Scene& low,
+                                   const QString& inputPath);
+// bakeCoveredTiles on scenes that are loaded already.
+QStringList saveCoveredTiles(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBaker& baker,
+                             const QString& bakerName, const QString& inputPath, Vrn::Baking::BakingContext& context,
+                             const Ond::SceneGraph::SceneSPtr& low, const Ond::SceneGraph::SceneSPtr& high,
+                             const QString& cagePath);
+
+// Selects the tangent-space plugin and the binormal rule of the settings;
+// false (with the reason in the log) when the plugin can't be used.
+bool applyTangentSpaceSettings(const BakerSettingsMap& settings);
 
 // The low scene with the selection applied and converted for the context;
 // null (and a line in the log) if the file couldn't be loaded. Tangents of

@@ -6,6 +6,7 @@
 #include "commands/ConsoleStages.h"
 #include "commands/OptionMapSettingMap.h"
 #include "commands/PathNormalization.h"
+#include "commands/UvTileList.h"
 
 #include "baking/AbstractMapBaker.h"
 #include "baking/BakerCatalogue.h"
@@ -38,6 +39,21 @@ QString BakerCommand::implicitOptionName() const
     return QStringLiteral("inputs");
 }
 
+void applyGpuOptions(Vrn::Baking::BakingContext& context, const BakerSettingsMap& settings)
+{
+    const bool disableGpu = settings.getBool(QStringLiteral("disable-gpu"), false);
+    const bool forceOptix = settings.getBool(QStringLiteral("force-optix"), false);
+    const bool forceDxr = settings.getBool(QStringLiteral("force-dxr"), false);
+    context.setGpuAllowed(!disableGpu);
+    context.setForceOptix(forceOptix);
+    context.setForceDxr(forceDxr);
+    // The older switches count only when none of the current ones is on,
+    // and either of them turns all GPU tracing off.
+    if (!disableGpu && !forceOptix && !forceDxr)
+        context.setGpuAllowed(!(settings.getBool(QStringLiteral("nodxr"), false)
+                                || settings.getBool(QStringLiteral("nooptix"), false)));
+}
+
 int BakerCommand::process(const Ond::Program::ParsedValues& values)
 {
     const OptionMapSettingMap settings(values.options);
@@ -52,27 +68,22 @@ int BakerCommand::process(const Ond::Program::ParsedValues& values)
 
     Vrn::Baking::BakingContext context(std::make_shared<Ond::SceneLoad::SceneMgr>(
         Ond::SceneLoad::createSceneLoaderMgr(), Ond::SceneLoad::createSceneExporterMgr()));
-    const bool disableGpu = settings.getBool(QStringLiteral("disable-gpu"), false);
-    const bool forceOptix = settings.getBool(QStringLiteral("force-optix"), false);
-    const bool forceDxr = settings.getBool(QStringLiteral("force-dxr"), false);
-    context.setGpuAllowed(!disableGpu);
-    context.setForceOptix(forceOptix);
-    context.setForceDxr(forceDxr);
+    applyGpuOptions(context, settings);
     // Only on a terminal: otherwise the commands install no handler at all.
     if (auto handler = consoleTaskHandler())
         context.setTaskHandler(0, handler);
-    // The older switches count only when none of the current ones is on,
-    // and either of them turns all GPU tracing off.
-    if (!disableGpu && !forceOptix && !forceDxr)
-        context.setGpuAllowed(!(settings.getBool(QStringLiteral("nodxr"), false)
-                                || settings.getBool(QStringLiteral("nooptix"), false)));
 
+    const bool everyCoveredTile = !settings.has(QStringLiteral("uv-tile"))
+                                  && UvTileList::isAuto(settings.getString(QStringLiteral("udim"), QString()));
     for (const QString& input : inputs) {
         const QStringList highMeshes =
             normalizePaths(settings.getStringList(QStringLiteral("highdef-mesh"), QStringList()));
         const QString cage = normalizePath(settings.getString(QStringLiteral("cage-mesh"), QString()));
-        const QString written = bakeInput(settings, *m_baker, name(), input, context, highMeshes, cage);
-        zmfBakerChannel().info(QStringLiteral("Writing file '%1'...").arg(written));
+        const QStringList written =
+            everyCoveredTile ? bakeCoveredTiles(settings, *m_baker, name(), input, context, highMeshes, cage)
+                             : QStringList{bakeInput(settings, *m_baker, name(), input, context, highMeshes, cage)};
+        for (const QString& path : written)
+            zmfBakerChannel().info(QStringLiteral("Writing file '%1'...").arg(path));
     }
     // Failed inputs were told in the log; the status says the command line made sense.
     return 0;

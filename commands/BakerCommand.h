@@ -12,7 +12,16 @@ namespace Ond::Baking {
 class AbstractMapBaker;
 }
 
+namespace Vrn::Baking {
+class BakingContext;
+}
+
 namespace ProgramCommand {
+
+class BakerSettingsMap;
+
+// The ray tracing switches of the settings into the context.
+void applyGpuOptions(Vrn::Baking::BakingContext& context, const BakerSettingsMap& settings);
 
 class BakerCommand : public Ond::Program::ProgramCommand
 {

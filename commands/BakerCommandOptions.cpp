@@ -224,7 +224,9 @@ OptionGroup bakerOptionGroup(const Ond::Baking::AbstractBaker& baker, const QStr
                                           "e.g. \"1,2\".\n[default: \"0,0\"]")));
             group.addOption(makeOption(QStringLiteral("udim"), QMetaType::QString, QStringLiteral("udim"),
                                        tr("Coordinates of the uv tile to compute, given as a UDIM id (MARI "
-                                          "convention) (e.g \"1022\").\n[default: \"1001\"]")));
+                                          "convention) (e.g \"1022\").\n[default: \"1001\"]\n\"auto\" bakes every tile that the "
+                                          "mesh's UVs cover, one file per tile; \"{udim}\" is added to the output "
+                                          "name when it lacks it.")));
         } else {
             group.addOption(propertyOption(name, bag[id]));
         }

@@ -1,12 +1,15 @@
 #include "commands/BakerSettingsTransfer.h"
 
 #include "commands/PathNormalization.h"
+#include "commands/UvTileList.h"
 
 #include "baking/AbstractBaker.h"
 #include "baking/PropertyCatalogue.h"
 #include "program/LogChannel.h"
 
+#include <cmath>
 #include <cstdint>
+#include <limits>
 
 namespace ProgramCommand {
 
@@ -31,6 +34,9 @@ uint16_t requestedUdim(const BakerSettingsMap& settings)
         return 0;
     }
     if (settings.has(kUdim)) {
+        // Every covered tile: the caller loops over them, the first one stands for now.
+        if (UvTileList::isAuto(settings.getString(kUdim, QString())))
+            return 1001;
         bool ok = false;
         const uint16_t udim = settings.getString(kUdim, QString()).toUShort(&ok);
         return ok && udim >= 1001 ? udim : 0;
@@ -53,6 +59,15 @@ QSize outputSizeExponents(const BakerSettingsMap& settings)
         size.setHeight(5);
     }
     return size;
+}
+
+// A real value must be a finite number that a float can hold, whatever the
+// source of the settings: a plan hands its values over as text unchecked.
+bool isConvertibleReal(const QVariant& value)
+{
+    bool ok = false;
+    const double number = value.toString().toDouble(&ok);
+    return ok && std::isfinite(number) && std::abs(number) <= double(std::numeric_limits<float>::max());
 }
 
 } // namespace
@@ -91,6 +106,12 @@ bool transferSettings(Ond::Baking::AbstractBaker& baker, const BakerSettingsMap&
 
         if (!value.isValid())
             continue;
+        if (bag[id].type() == PropertyType::Float && !isConvertibleReal(value)) {
+            zmfBakerChannel().error(
+                QStringLiteral("Option %1 expected a value of type %2, but received non-convertible \"%3\".")
+                    .arg(name, QStringLiteral("double"), value.toString()));
+            return false;
+        }
         if (bag[id].type() == PropertyType::Path) {
             const QStringList paths = normalizePaths(QStringList{value.toString()});
             value = paths.isEmpty() ? QString() : paths.first();

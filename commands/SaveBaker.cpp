@@ -1,6 +1,8 @@
 #include "commands/SaveBaker.h"
 
+#include "commands/AtomicFileWriter.h"
 #include "commands/ConsoleStages.h"
+#include "commands/MemoryBudget.h"
 #include "commands/OutputNaming.h"
 
 #include "baking/AbstractMapBaker.h"
@@ -28,17 +30,15 @@ constexpr uint32_t CageLoadFlags = 16;
 
 const QString SvgFormat = QStringLiteral("svg");
 
+// The text goes to a temporary file renamed over the target once complete:
+// a reader never sees half a document, and a failure leaves no file. A
+// bake that drew nothing has no document to write.
 bool writeSvg(const QString& filePath, const QByteArray& svg)
 {
-    QFile file(filePath);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
+    if (svg.isEmpty())
         return false;
-    if (file.write(svg) != svg.size() || !file.flush()) {
-        file.close();
-        file.remove();
-        return false;
-    }
-    return true;
+    return writeFileAtomically(
+        filePath, [&svg](QFile& file) { return file.write(svg) == svg.size(); }, QIODevice::Text);
 }
 
 } // namespace
@@ -54,25 +54,19 @@ bool isKnownOutputFormat(const QString& format)
 
 bool writeSurface(const QString& filePath, const Ond::Surfaces::SurfaceSPtr& surface, const QString& compression)
 {
-    QFile file(filePath);
-    if (!file.open(QIODevice::WriteOnly))
+    if (!surface)
         return false;
-    const auto codec = Ond::Surfaces::SurfaceCodecManager::instance().findCodec(
-        &file, QFileInfo(filePath).suffix().toUtf8(), Ond::Surfaces::CapabilityWrite);
-    bool written = false;
-    if (codec && surface) {
+    return writeFileAtomically(filePath, [&](QFile& file) {
+        const auto codec = Ond::Surfaces::SurfaceCodecManager::instance().findCodec(
+            &file, QFileInfo(filePath).suffix().toUtf8(), Ond::Surfaces::CapabilityWrite);
+        if (!codec)
+            return false;
         Ond::Surfaces::CodecOptions options;
         options.insert(QStringLiteral("compression"), compression);
         options.insert(QStringLiteral("png_compression"), QStringLiteral("best_speed"));
         codec->setOptions(options);
-        written = codec->write(surface);
-    }
-    if (!written) {
-        // A failed codec may have written part of an image.
-        file.close();
-        file.remove();
-    }
-    return written;
+        return codec->write(surface);
+    });
 }
 
 QString saveBaker(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBaker& baker, const QString& bakerName,
@@ -95,6 +89,18 @@ QString saveBaker(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBake
                                                                     QStringLiteral("_low")));
     MeshNameSuffixes::set(MeshNameSuffixes::High, settings.getString(QStringLiteral("name-suffix-high"),
                                                                      QStringLiteral("_high")));
+
+    // Refused before any surface exists, rather than ended by the kernel.
+    if (baker.properties().contains("Common.OutputSize")) {
+        const auto exponents = baker.properties()["Common.OutputSize"].valueAs<Ond::Baking::ComparableInt2>();
+        // The bakers take the exponents modulo 32.
+        const QString memoryError = checkBakeMemory(int(unsigned(exponents.x) % 32u), int(unsigned(exponents.y) % 32u),
+                                                    availableMemory());
+        if (!memoryError.isEmpty()) {
+            zmfBakerChannel().error(memoryError);
+            return QString();
+        }
+    }
 
     Ond::Baking::GLMapBakerManager& manager = Ond::Baking::GLMapBakerManager::instance();
     bool applied = false;

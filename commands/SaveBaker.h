@@ -27,7 +27,8 @@ QString saveBaker(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBake
 
 // Writes through the codec of the file's suffix, with the given compression
 // and the fastest PNG compression. False if the file can't be opened, no
-// codec writes the suffix, or the codec fails; nothing is left behind then.
+// codec writes the suffix, or the codec fails; nothing is left behind then,
+// and a file already under that name is kept until the new one is complete.
 bool writeSurface(const QString& filePath, const Ond::Surfaces::SurfaceSPtr& surface, const QString& compression);
 
 // True if a codec writes `format` (case ignored).

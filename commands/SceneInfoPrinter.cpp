@@ -1,5 +1,6 @@
 #include "commands/SceneInfoPrinter.h"
 
+#include "image/UDIMNumbering.h"
 #include "scene/graph/Entity.h"
 #include "scene/graph/EnvironmentDisplayComponent.h"
 #include "scene/graph/MaterialDefinition.h"
@@ -52,11 +53,14 @@ QString tilesText(const UvTileSet& tiles)
     return parts.join(QLatin1Char(' '));
 }
 
+// Tiles left of the first column, right of the tenth or below the first
+// row have no UDIM number: they are listed as tiles only.
 QString udimsText(const UvTileSet& tiles)
 {
     QStringList parts;
     for (const UvTile& tile : tiles)
-        parts << QString::number(tile.udim());
+        if (const auto udim = Vrn::Baking::udimOfTile(tile.u, tile.v))
+            parts << QString::number(*udim);
     return parts.join(QLatin1Char(' '));
 }
 

@@ -3,6 +3,8 @@
 
 pebble_low.obj:  a 24 x 12 UV sphere squashed into a pebble, with normals and
                  one UV set (latitude/longitude, one island, seam at u = 0).
+pebble_udim_low.obj: pebble_low's mesh with its UVs over two UDIM tiles: the
+                 half around phi < pi in tile 1001, the other half in 1002.
 pebble_high.obj: the same shape at 192 x 96 with bumps and a groove carved into
                  it, normals only. It stays within 0.06 of the low surface.
 
@@ -109,6 +111,37 @@ def write(name, nu, nv, displaced, with_uv):
                 f.write("f %d//%d %d//%d %d//%d\n" % (a + 1, a + 1, b + 1, b + 1, c + 1, c + 1))
 
 
+def write_udim(name, nu, nv):
+    """The low pebble with one island per half, each in a tile of its own."""
+    pts = grid(nu, nv, False)
+    tris = list(faces(nu, nv))
+    nrm = vertex_normals(pts, tris)
+    half = nu // 2
+    path = os.path.join(HERE, name + ".obj")
+    with open(path, "w") as f:
+        f.write("# zmfbaker example, written by make_pebble.py\n")
+        f.write("o %s\n" % name)
+        for p in pts:
+            f.write("v %.6f %.6f %.6f\n" % p)
+        # Tile t holds columns t*half .. (t+1)*half: one vt block per tile.
+        for t in range(2):
+            for j in range(nv + 1):
+                for k in range(half + 1):
+                    f.write("vt %.6f %.6f\n" % (t + 0.02 + 0.96 * k / half, 0.02 + 0.96 * (1 - j / nv)))
+        for n in nrm:
+            f.write("vn %.4f %.4f %.4f\n" % tuple(n))
+
+        def uv_index(v, t):
+            j, i = divmod(v, nu + 1)
+            return t * (nv + 1) * (half + 1) + j * (half + 1) + (i - t * half) + 1
+
+        for (a, b, c) in tris:
+            t = 0 if min(a % (nu + 1), b % (nu + 1), c % (nu + 1)) < half else 1
+            f.write("f %d/%d/%d %d/%d/%d %d/%d/%d\n" % (a + 1, uv_index(a, t), a + 1, b + 1, uv_index(b, t), b + 1,
+                                                        c + 1, uv_index(c, t), c + 1))
+
+
 if __name__ == "__main__":
     write("pebble_low", 24, 12, False, True)
+    write_udim("pebble_udim_low", 24, 12)
     write("pebble_high", 192, 96, True, False)

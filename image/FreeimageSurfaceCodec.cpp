@@ -7,7 +7,9 @@
 #include "program/LogChannel.h"
 
 #include <QSizeF>
+#include <QtEndian>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -440,6 +442,34 @@ bool FreeimageSurfaceCodec::read(QSharedPointer<Surface>& result)
     return ok;
 }
 
+bool FreeimageSurfaceCodec::isPlausibleSize(FREE_IMAGE_FORMAT fif) const
+{
+    if (m_device->isSequential())
+        return true;
+    const qint64 start = m_device->pos();
+    const double stored = double(std::max<qint64>(m_device->size() - start, 0));
+    double claimed = 0.0;
+    if (FreeImage_FIFSupportsNoPixels(fif)) {
+        FreeimageLibrary* library = FreeimageLibrary::instance();
+        BitmapPtr header(
+            FreeImage_LoadFromHandle(fif, library->io(), FreeimageLibrary::handle(m_device), FIF_LOAD_NOPIXELS));
+        m_device->seek(start);
+        if (!header)
+            return false;
+        claimed = double(FreeImage_GetWidth(header.get())) * FreeImage_GetHeight(header.get())
+            * std::max(1u, FreeImage_GetBPP(header.get())) / 8.0;
+    } else if (fif == FIF_DDS) {
+        // The library's DDS reader has no header-only mode: its header is
+        // "DDS ", a size, flags, then height and width.
+        const QByteArray head = m_device->peek(20);
+        if (head.size() < 20 || !head.startsWith("DDS "))
+            return false;
+        const auto field = [&head](int at) { return qFromLittleEndian<quint32>(head.constData() + at); };
+        claimed = double(field(12)) * field(16) * 16.0;
+    }
+    return claimed <= std::max(MaxBytesPerStoredByte * stored, AlwaysPlausibleBytes);
+}
+
 bool FreeimageSurfaceCodec::readBitmap(QSharedPointer<Surface>& result)
 {
     FreeimageLibrary* library = FreeimageLibrary::instance();
@@ -449,6 +479,8 @@ bool FreeimageSurfaceCodec::readBitmap(QSharedPointer<Surface>& result)
     if (fif == FIF_UNKNOWN || !FreeImage_FIFSupportsReading(fif))
         return false;
 
+    if (!isPlausibleSize(fif))
+        return false;
     BitmapPtr bitmap(FreeImage_LoadFromHandle(fif, library->io(), FreeimageLibrary::handle(m_device), 0));
     if (!bitmap)
         return false;

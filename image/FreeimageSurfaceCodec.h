@@ -23,7 +23,15 @@ public:
     // The XMP packet stored with written files.
     static QByteArray xmpPacket(uint32_t width, uint32_t height, const Surfaces::CodecOptions& options);
 
+    // A header may claim any size, and the library allocates what it claims
+    // before it reads a pixel. Decoded images larger than this many bytes
+    // per byte of the file (beyond what zlib or run-lengths reach) are
+    // refused, unless below the floor.
+    static constexpr double MaxBytesPerStoredByte = 4096.0;
+    static constexpr double AlwaysPlausibleBytes = 256.0 * 1024 * 1024;
+
 private:
+    bool isPlausibleSize(FREE_IMAGE_FORMAT fif) const;
     bool writeBitmap(const Surfaces::Surface& surface);
     bool readBitmap(QSharedPointer<Surfaces::Surface>& result);
     void attachMetadata(FIBITMAP* bitmap, uint32_t width, uint32_t height) const;

@@ -34,10 +34,10 @@ EGLDisplay surfacelessDisplay()
 std::mutex rootMutex;
 EGLContext rootContext = EGL_NO_CONTEXT;
 
-EGLContext createContext(EGLDisplay display, EGLContext share)
+EGLContext createContext(EGLDisplay display, EGLContext share, bool compatibility)
 {
     const QSurfaceFormat format = QSurfaceFormat::defaultFormat();
-    const EGLint profile = format.profile() == QSurfaceFormat::CompatibilityProfile
+    const EGLint profile = compatibility || format.profile() == QSurfaceFormat::CompatibilityProfile
         ? EGL_CONTEXT_OPENGL_COMPATIBILITY_PROFILE_BIT
         : EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT;
     const int versions[][2] = {{format.majorVersion(), format.minorVersion()}, {3, 3}};
@@ -56,13 +56,13 @@ EGLContext createContext(EGLDisplay display, EGLContext share)
 class EglOffscreenContextImpl final : public OffscreenContextImpl
 {
 public:
-    explicit EglOffscreenContextImpl(bool share)
+    EglOffscreenContextImpl(bool share, bool compatibility)
     {
         m_display = surfacelessDisplay();
         if (m_display == EGL_NO_DISPLAY || !eglBindAPI(EGL_OPENGL_API))
             return;
         std::lock_guard lock(rootMutex);
-        m_context = createContext(m_display, share ? rootContext : EGL_NO_CONTEXT);
+        m_context = createContext(m_display, share ? rootContext : EGL_NO_CONTEXT, compatibility);
         if (m_context != EGL_NO_CONTEXT && rootContext == EGL_NO_CONTEXT)
             rootContext = m_context;
     }
@@ -125,9 +125,9 @@ private:
 
 } // namespace
 
-std::unique_ptr<OffscreenContextImpl> createEglOffscreenContext(bool share)
+std::unique_ptr<OffscreenContextImpl> createEglOffscreenContext(bool share, bool compatibility)
 {
-    return std::make_unique<EglOffscreenContextImpl>(share);
+    return std::make_unique<EglOffscreenContextImpl>(share, compatibility);
 }
 
 } // namespace Ond::OpenGLUtils

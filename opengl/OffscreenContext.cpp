@@ -4,13 +4,14 @@
 
 namespace Ond::OpenGLUtils {
 
-OffscreenContext::OffscreenContext(bool share)
+OffscreenContext::OffscreenContext(bool share, Profile profile)
 {
-    m_impl = createQtOffscreenContext(share);
+    const bool compatibility = profile == Profile::Compatibility;
+    m_impl = createQtOffscreenContext(share, compatibility);
     if (!m_impl || !m_impl->isValid()) {
         if (m_impl)
             m_impl->destroy();
-        m_impl = createEglOffscreenContext(share);
+        m_impl = createEglOffscreenContext(share, compatibility);
     }
 }
 

@@ -13,9 +13,14 @@ class OffscreenContextImpl;
 class OffscreenContext
 {
 public:
+    // Default: the profile of the process's default format (core).
+    // Compatibility: the fixed-function calls as well, which a core profile
+    // refuses.
+    enum class Profile { Default, Compatibility };
+
     // With `share` set, the context shares objects with the process's first
     // context (Qt's global share context on the Qt path).
-    explicit OffscreenContext(bool share);
+    explicit OffscreenContext(bool share, Profile profile = Profile::Default);
     virtual ~OffscreenContext();
 
     virtual void destroy();

@@ -23,7 +23,9 @@ public:
     virtual void restorePrevious() = 0;
 };
 
-std::unique_ptr<OffscreenContextImpl> createQtOffscreenContext(bool share);
-std::unique_ptr<OffscreenContextImpl> createEglOffscreenContext(bool share);
+// With `compatibility` the context has the fixed-function calls too; the
+// default format's profile otherwise.
+std::unique_ptr<OffscreenContextImpl> createQtOffscreenContext(bool share, bool compatibility = false);
+std::unique_ptr<OffscreenContextImpl> createEglOffscreenContext(bool share, bool compatibility = false);
 
 } // namespace Ond::OpenGLUtils

@@ -34,6 +34,9 @@ struct QGLManager::Private
     QHash<QThread*, ContextRecord*> table;
     std::vector<std::unique_ptr<ContextRecord>> records; // owns every record
     std::atomic<int> running{0};
+    // The compatibility context, for the thread that asked first.
+    std::unique_ptr<OffscreenContext> compatibility;
+    QThread* compatibilityThread = nullptr;
 
     // A worker's context lives in the worker's thread and must die there.
     void releaseCurrentThread()
@@ -116,6 +119,10 @@ QGLManager::QGLManager(QObject* parent)
 
 QGLManager::~QGLManager()
 {
+    if (d->compatibility && d->compatibilityThread == QThread::currentThread())
+        d->compatibility->destroy();
+    else
+        (void)d->compatibility.release(); // its thread is gone, as is the process soon
     for (auto& record : d->records) {
         // A worker that never ran keeps its context: it belongs to a thread
         // that cannot be entered any more, and the process is ending.
@@ -161,6 +168,42 @@ std::pair<OffscreenContext*, Ond::OglUtils::OglContextData*> QGLManager::context
     if (!record)
         return {nullptr, nullptr};
     return {record->context.get(), record->data.get()};
+}
+
+int QGLManager::runInCompatibilityContext(const std::function<int()>& function)
+{
+    if (d->failed)
+        return 1;
+    if (!d->compatibility) {
+        if (d->compatibilityThread)
+            return 1; // tried before and failed
+        d->compatibilityThread = QThread::currentThread();
+        auto context = std::make_unique<OffscreenContext>(true, OffscreenContext::Profile::Compatibility);
+        if (!context->isValid())
+            return 1;
+        d->compatibility = std::move(context);
+    }
+    if (d->compatibilityThread != QThread::currentThread())
+        return 1;
+    // The core context is put back by hand as well: the two may come from
+    // different window-system layers (GLX and EGL), which do not see each
+    // other's current context.
+    ContextRecord* core = d->recordForCurrentThread();
+    d->compatibility->savePrevious();
+    if (!d->compatibility->makeCurrent()) {
+        d->compatibility->restorePrevious();
+        if (core && d->running > 0)
+            core->context->makeCurrent();
+        return 1;
+    }
+    const bool coreWasCurrent = core && d->running > 0;
+    ++d->running;
+    const int result = function();
+    --d->running;
+    d->compatibility->restorePrevious();
+    if (coreWasCurrent)
+        core->context->makeCurrent();
+    return result;
 }
 
 void QGLManager::addWorkerThread(QThread* thread, bool share)

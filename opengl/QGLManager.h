@@ -38,6 +38,13 @@ public:
     // or the thread has no context.
     std::pair<OffscreenContext*, Ond::OglUtils::OglContextData*> contextData() const;
 
+    // Runs `function` in a compatibility-profile context made beside this
+    // thread's core context on first use, sharing its objects: the
+    // fixed-function calls that the core profile refuses work there. The
+    // core context is current again afterwards. Returns 1 without calling
+    // when the manager failed or no such context can be made here.
+    int runInCompatibilityContext(const std::function<int()>& function);
+
     // Gives `thread` a context of its own, shared with the main one.
     void addWorkerThread(QThread* thread, bool share = true);
 

@@ -14,9 +14,15 @@ namespace {
 class QtOffscreenContextImpl final : public OffscreenContextImpl
 {
 public:
-    explicit QtOffscreenContextImpl(bool share)
+    QtOffscreenContextImpl(bool share, bool compatibility)
     {
-        const QSurfaceFormat format = QSurfaceFormat::defaultFormat();
+        QSurfaceFormat format = QSurfaceFormat::defaultFormat();
+        if (compatibility) {
+            // On xcb a compatibility request without deprecated functions
+            // comes back as core.
+            format.setProfile(QSurfaceFormat::CompatibilityProfile);
+            format.setOption(QSurfaceFormat::DeprecatedFunctions);
+        }
         m_context = std::make_unique<QOpenGLContext>();
         m_context->setFormat(format);
         if (share)
@@ -82,9 +88,9 @@ private:
 
 } // namespace
 
-std::unique_ptr<OffscreenContextImpl> createQtOffscreenContext(bool share)
+std::unique_ptr<OffscreenContextImpl> createQtOffscreenContext(bool share, bool compatibility)
 {
-    return std::make_unique<QtOffscreenContextImpl>(share);
+    return std::make_unique<QtOffscreenContextImpl>(share, compatibility);
 }
 
 } // namespace Ond::OpenGLUtils

@@ -1,5 +1,7 @@
 #include "program/TypedCommandLineOption.h"
 
+#include <cmath>
+
 #include <QLocale>
 #include <QMetaType>
 #include <QPoint>
@@ -28,7 +30,16 @@ bool parsePair(const QString& text, T& first, T& second, Parse parse)
 }
 
 int parseInt(const QString& s, bool* ok) { return s.toInt(ok, 10); }
-double parseReal(const QString& s, bool* ok) { return s.toDouble(ok); }
+
+// "nan" and "inf" read as numbers, but no option means them: they would only
+// travel on into sizes, loops and rays.
+double parseReal(const QString& s, bool* ok)
+{
+    const double value = s.toDouble(ok);
+    if (*ok && !std::isfinite(value))
+        *ok = false;
+    return value;
+}
 
 QString shortest(double value) { return QString::number(value, 'g', QLocale::FloatingPointShortest); }
 
@@ -246,7 +257,7 @@ QVariant TypedCommandLineOption::convert(int type, const QString& text, bool* ok
         result = text.toULongLong(&good, 10);
         break;
     case QMetaType::Double:
-        result = text.toDouble(&good);
+        result = parseReal(text, &good);
         break;
     case QMetaType::QString:
         result = text;

@@ -13,7 +13,7 @@ packages=(
   # headless OpenGL at run time
   xvfb libgl1-mesa-dri libglx-mesa0 libegl-mesa0
   # tests and benchmarks
-  libgtest-dev libgmock-dev libbenchmark-dev imagemagick libassimp-dev
+  libgtest-dev libgmock-dev libbenchmark-dev imagemagick libassimp-dev librsvg2-bin
 )
 
 missing=()

@@ -132,6 +132,10 @@ Surfaces::SurfaceSPtr DetailMapBaker::process(AbstractBakingContext& context, co
             job.maxDepth *= largestExtent;
         }
     }
+    // Huge reaches overflow, and a box from a broken mesh may be no number:
+    // the reach, and with it every ray's tfar, stays a float.
+    for (float* reach : {&job.maxHeight, &job.maxDepth})
+        *reach = std::isnan(*reach) ? 0.0f : std::clamp(*reach, -3.4028235e+38f, 3.4028235e+38f);
 
     // An unreadable skew map is ignored: the bake goes on without it.
     if (value<bool>(bag, "Detail.SkewCorrection", false) && !useCage) {

@@ -7,7 +7,9 @@
 
 #include <embree3/rtcore.h>
 
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -93,9 +95,31 @@ double rayBudget(const DetailBakeJob& job);
 // mesh); a better tree where many do (occlusion).
 RTCBuildQuality buildQualityFor(double rays, size_t triangles);
 
-// Fills a ray and clears its hit.
+// Embree takes no ray whose origin or direction lies beyond this or is not a
+// number (its builds with assertions abort on one).
+constexpr float RayCoordinateLimit = 1.844e18f;
+
+inline bool isTraceable(const float* v)
+{
+    // Written so that NaN fails.
+    return std::fabs(v[0]) <= RayCoordinateLimit && std::fabs(v[1]) <= RayCoordinateLimit
+        && std::fabs(v[2]) <= RayCoordinateLimit;
+}
+
+// Fills a ray and clears its hit. A ray that can't be traced, from a reach
+// or a mesh beyond float range, is disabled (tnear past tfar): it meets
+// nothing and leaves tfar as given.
 inline void setRay(RTCRayHit& rh, const float* origin, const float* direction, float tnear, float tfar, uint32_t id)
 {
+    static const float parked[3] = {0.0f, 0.0f, 1.0f};
+    const bool traceable = isTraceable(origin) && isTraceable(direction) && tnear == tnear;
+    if (!traceable) {
+        origin = parked;
+        direction = parked;
+        tnear = std::numeric_limits<float>::infinity();
+    } else if (tnear < 0.0f) {
+        tnear = 0.0f; // nor does it take a ray that starts behind its origin
+    }
     rh.ray.org_x = origin[0];
     rh.ray.org_y = origin[1];
     rh.ray.org_z = origin[2];

@@ -1,6 +1,8 @@
 #include "baking/lowpoly/ColorMapBaker.h"
 
+#include <QBuffer>
 #include <QImage>
+#include <QImageReader>
 
 #include <cstring>
 
@@ -43,6 +45,21 @@ Surfaces::SurfaceSPtr surfaceFromImage(QImage image)
     return surface;
 }
 
+// Qt's SVG image plugin draws the text at the page size. Its guard against
+// huge images would refuse the larger maps, which are a legitimate bake.
+QImage renderSvg(const QByteArray& svg)
+{
+    QBuffer buffer;
+    buffer.setData(svg);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer, "svg");
+    const int limit = QImageReader::allocationLimit();
+    QImageReader::setAllocationLimit(0);
+    const QImage image = reader.read();
+    QImageReader::setAllocationLimit(limit);
+    return image;
+}
+
 } // namespace
 
 Surfaces::SurfaceSPtr ColorMapBaker::process(AbstractBakingContext& context, const SceneGraph::SceneSPtr& scene)
@@ -56,7 +73,7 @@ Surfaces::SurfaceSPtr ColorMapBaker::process(AbstractBakingContext& context, con
 
     if (!m_svgBaker.process(context, scene))
         return Surfaces::SurfaceSPtr::create();
-    const QImage image = QImage::fromData(m_svgBaker.data());
+    const QImage image = renderSvg(m_svgBaker.data());
     if (image.isNull())
         return Surfaces::SurfaceSPtr::create();
     return surfaceFromImage(image);

@@ -28,6 +28,10 @@ private:
     float saturation;
     float lightness;
     int32_t mask;
+    float hueStart;
+    float saturationStart;
+    float lightnessStart;
+    uint32_t calls = 0;
 };
 
 } // namespace Ond::Baking

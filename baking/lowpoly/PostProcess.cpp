@@ -9,6 +9,8 @@
 
 #include <QElapsedTimer>
 
+#include <algorithm>
+
 namespace Ond::Baking {
 
 namespace {
@@ -46,6 +48,10 @@ void postProcess(Surfaces::SurfaceSPtr& surface, uint32_t dilationWidth, bool ap
     // Without an alpha channel every texel is covered: nothing would change.
     if (!surface || surface->isEmpty() || Surfaces::channelCount(surface->format()) != 4)
         return;
+
+    // Past the map's width plus height every texel is reached; more steps
+    // change nothing and only a huge option would ask for them.
+    dilationWidth = uint32_t(std::min<uint64_t>(dilationWidth, uint64_t(surface->width()) + surface->height()));
 
     Texture texture = Texture::upload(*surface);
     if (!texture.name)

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <utility>
 
+#include "scene/fbx/FBXSceneLoader.h"
 #include "scene/obj/OBJSceneLoader.h"
 
 namespace Ond::SceneLoad {
@@ -82,7 +83,7 @@ void addLocked(LoaderRegistry& reg, const QString& key, SceneLoaderCreator creat
 
 // The loaders built into the program come first, in this order, whether or
 // not their own registration ran (a static library may drop an object file
-// that nothing references). An FBX loader would stand before OBJ.
+// that nothing references). The Assimp formats come before OBJ.
 void addBuiltInsLocked(LoaderRegistry& reg)
 {
     if (reg.builtInsAdded)
@@ -90,6 +91,7 @@ void addBuiltInsLocked(LoaderRegistry& reg)
     reg.builtInsAdded = true;
     std::vector<std::pair<QString, SceneLoaderCreator>> later = std::move(reg.creators);
     reg.creators.clear();
+    addLocked(reg, QStringLiteral("fbx"), [] { return new FBXSceneLoader; });
     addLocked(reg, QStringLiteral("obj"), [] { return new OBJSceneLoader; });
     for (auto& entry : later)
         addLocked(reg, entry.first, std::move(entry.second));

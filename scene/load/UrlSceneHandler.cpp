@@ -25,8 +25,11 @@ QString UrlSceneHandler::getLocalPath() const
 
 uint32_t UrlSceneHandler::getContentHash() const
 {
+    // A FIFO or a device would block the read or never end.
+    if (!QFileInfo(getLocalPath()).isFile())
+        return 0;
     QFile file(getLocalPath());
-    if (!file.exists() || !file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly))
         return 0;
     // Read in pieces: high-definition meshes run to gigabytes.
     constexpr qint64 pieceSize = 16 << 20;
@@ -49,6 +52,10 @@ std::shared_ptr<SceneGraph::Scene> UrlSceneHandler::loadScene(const SceneLoadOpt
 {
     const QFileInfo info(getLocalPath());
     if (!loaderMgr || !info.exists())
+        return nullptr;
+    // Only files are read; a FIFO, socket or device could block for ever.
+    // Folders go on to the importer, which names them.
+    if (!info.isFile() && !info.isDir())
         return nullptr;
     return loaderMgr->load(info.absoluteFilePath(), info.suffix().toLatin1(), options, progress, this);
 }

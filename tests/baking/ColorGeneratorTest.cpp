@@ -38,6 +38,24 @@ TEST(ColorGenerator, HueShiftPastItsCountGivesInvalidColours)
     EXPECT_FALSE(generator.next().isValid());
 }
 
+TEST(ColorGenerator, LongSequencesStayValidToTheirLastId)
+{
+    // A hundred thousand ids: repeated float sums of the step would leave
+    // 0..1 some hundreds of ids early.
+    for (int mode : {1, 2}) {
+        const uint32_t count = 100003;
+        auto generator = createColorGenerator(mode, count);
+        QColor last;
+        for (uint32_t i = 0; i < count; ++i) {
+            last = generator->next();
+            ASSERT_TRUE(last.isValid()) << mode << " id " << i;
+        }
+        // The last hue is a hair below a full turn, which QColor keeps as 0.
+        const double expected = mode == 1 ? 0.0 : (2.0 * count - 1) / (2.0 * count);
+        EXPECT_NEAR(mode == 1 ? last.hslHueF() : last.lightnessF(), expected, 1e-5) << mode;
+    }
+}
+
 TEST(ColorGenerator, GrayscaleGreysSitInTheMiddlesOfEqualBands)
 {
     auto generator = createColorGenerator(2, 4);

@@ -9,12 +9,14 @@
 #include "baking/lowpoly/ColorMapBaker.h"
 #include "baking/lowpoly/LowPolyMapBaker.h"
 
+#include "LowPolyBakeTestUtil.h"
 #include "common/LogCapture.h"
 #include "program/LogChannel.h"
 #include "scene/graph/Entity.h"
 #include "scene/graph/MeshDisplayComponent.h"
 
 #include <QCoreApplication>
+#include <QSize>
 
 #include <gtest/gtest.h>
 
@@ -169,14 +171,17 @@ TEST_F(ManagerApply, ThrowingBakerIsReportedAndSuccessStoresTheSurface)
     EXPECT_EQ(baker.result()->width(), 4u);
 }
 
-TEST_F(ManagerApply, RegisteredBakersNeverClaimAMapTheyDidNotMake)
+TEST_F(ManagerApply, OcclusionOfASceneWithoutTrianglesIsAnEmptyOneChannelMap)
 {
-    // SeAO has no algorithm in this build yet.
     auto seao = manager.create("GLMapBakerManager.SeAO");
+    setPropertyValue(seao->properties(), "Common.OutputSize", QVariant::fromValue(QSize(5, 5)));
     ZmfTest::LogCapture log;
-    EXPECT_FALSE(manager.apply(context, dynamic_cast<LowPolyMapBaker&>(*seao), sceneWithOneUvSet()));
+    LowPolyTest::inGL(
+        [&] { EXPECT_TRUE(manager.apply(context, dynamic_cast<LowPolyMapBaker&>(*seao), sceneWithOneUvSet())); });
     ASSERT_TRUE(seao->result());
-    EXPECT_EQ(seao->result()->width(), 8u);
-    ASSERT_EQ(log.lines().size(), 1);
-    EXPECT_TRUE(log.lines().first().startsWith(QStringLiteral("[2][Bakers]Bak")));
+    EXPECT_EQ(seao->result()->width(), 32u);
+    EXPECT_EQ(seao->result()->format(), Ond::Surfaces::PixelFormat::L32F);
+    EXPECT_EQ(seao->result()->readPixel(16, 16).x(), 0.0f);
+    for (const QString& line : log.lines())
+        EXPECT_TRUE(line.startsWith(QStringLiteral("[0]"))) << line.toStdString();
 }

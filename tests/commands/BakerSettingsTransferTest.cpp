@@ -141,6 +141,31 @@ TEST_F(Transfer, ValuesConvertFromTextAndUnsetPropertiesKeepTheirValue)
     EXPECT_EQ(bag["Detail.SecondaryCommon.NbSecondary"].valueAs<int>(), 128);
 }
 
+// A plan hands real values over as text: what is not a finite float fails
+// the transfer in the parser's words, and the property keeps its value.
+TEST_F(Transfer, NonFiniteRealsFailInTheParsersWords)
+{
+    auto baker = make("GLMapBakerManager.AOFromDetail");
+    PropertyBag& bag = baker->properties();
+    const float before = bag["Detail.MaxDepth"].valueAs<float>();
+    for (const char* text : {"nan", "inf", "-inf", "1e39", "abc", ""}) {
+        SCOPED_TRACE(text);
+        ZmfTest::LogCapture log;
+        FakeSettings settings;
+        settings.set("max-rear", QString::fromLatin1(text));
+        EXPECT_FALSE(ProgramCommand::transferSettings(*baker, settings));
+        ASSERT_EQ(log.lines().size(), 1);
+        EXPECT_EQ(log.lines().first(),
+                  QStringLiteral("[2][ZMFBaker]Option max-rear expected a value of type double, but received "
+                                 "non-convertible \"%1\".")
+                      .arg(QString::fromLatin1(text)));
+        EXPECT_FLOAT_EQ(bag["Detail.MaxDepth"].valueAs<float>(), before);
+    }
+    FakeSettings largest;
+    largest.set("max-rear", QStringLiteral("3.4e38"));
+    EXPECT_TRUE(ProgramCommand::transferSettings(*baker, largest));
+}
+
 TEST_F(Transfer, PathsBecomeFileUrls)
 {
     auto baker = make("GLMapBakerManager.TextureFromDetail");

@@ -142,6 +142,21 @@ TEST(InfoCommand, ObjectsMaterialsAndUdimTiles)
                   .arg(path).toStdString());
 }
 
+TEST(InfoCommand, TilesWithoutUdimNumberAreListedAsTilesOnly)
+{
+    const QString path = writeFile("outside.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n"
+                                                  "vt -0.5 0.5\nvt -0.4 0.5\nvt -0.5 0.6\n"
+                                                  "vt 0.5 0.5\nvt 0.6 0.5\nvt 0.5 0.6\n"
+                                                  "vt 10.5 0.5\nvt 10.6 0.5\nvt 10.5 0.6\n"
+                                                  "o part\nf 1/1 2/2 3/3\nf 1/4 2/5 3/6\nf 1/7 2/8 3/9\n");
+    const auto result = runZmfbaker({"info", "--hide-mesh", "--list-uv-tiles", path});
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_TRUE(result.out.endsWith("UV set 0\n"
+                                    "  UV tiles : (-1, 0) (0, 0) (10, 0)\n"
+                                    "  Udim tiles : 1001\n"))
+        << result.out.toStdString();
+}
+
 TEST(InfoCommand, UnreadableInputsAreReportedAndSkipped)
 {
     const QString missing = ZmfTest::makeTempDir() + "/missing.obj";

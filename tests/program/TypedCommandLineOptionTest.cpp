@@ -56,6 +56,11 @@ TEST(TypedCommandLineOption, RealsUseAPointWhateverTheLocale)
     EXPECT_DOUBLE_EQ(convert(QMetaType::Double, "-1e3").toDouble(), -1000.0);
     convert(QMetaType::Double, "0,5", false);
     convert(QMetaType::Double, "abc", false);
+    // Read as numbers by the library, but no option means them.
+    for (const char* text : {"nan", "NaN", "-nan", "inf", "-inf", "infinity", "1e999"})
+        convert(QMetaType::Double, text, false);
+    convert(QMetaType::QSizeF, "nan,1", false);
+    convert(QMetaType::QPointF, "1,inf", false);
 }
 
 TEST(TypedCommandLineOption, PairsNeedExactlyTwoParts)

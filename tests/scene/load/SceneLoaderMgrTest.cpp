@@ -115,14 +115,17 @@ TEST(SceneLoaderMgr, FiltersAndExtensions)
     EXPECT_FALSE(loader.canLoad("fbx2", SceneLoadOptions()));
 }
 
-TEST(SceneLoaderMgr, ProgramManagerOffersObjAndRegisteredLoaders)
+TEST(SceneLoaderMgr, ProgramManagerOffersAssimpObjAndRegisteredLoaders)
 {
     static Calls calls;
     registerSceneLoader("test-xyz", [] { return new FakeLoader("Test XYZ", {"xyz"}, &calls); });
     const SceneLoaderMgrSPtr mgr = createSceneLoaderMgr();
     const QStringList filters = filtersOf(mgr->getSupportedFormats());
     ASSERT_GE(filters.size(), 2);
-    EXPECT_EQ(filters.front(), "Wavefront OBJ (*.obj)");
+    // The Assimp formats stand before OBJ, in the order of their table.
+    EXPECT_EQ(filters.mid(0, 3), QStringList({"Autodesk 3D Studio Mesh (*.3ds)", "Autodesk AutoCAD Drawing (*.dxf)",
+                                              "Autodesk FBX (*.fbx)"}));
+    EXPECT_GT(filters.indexOf("Wavefront OBJ (*.obj)"), filters.indexOf("COLLADA Digital Asset (*.dae)"));
     EXPECT_EQ(filters.back(), "Test XYZ (*.xyz)");
 
     EXPECT_NE(mgr->findLoader("OBJ", SceneLoadOptions(BakeLoadFlags)), nullptr);
