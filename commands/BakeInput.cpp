@@ -170,7 +170,7 @@ Ond::SceneGraph::SceneSPtr highSceneFor(Ond::Baking::AbstractMapBaker& baker, Vr
 // when the input can't be baked.
 bool loadInputScenes(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBaker& baker, const QString& inputPath,
                      Vrn::Baking::BakingContext& context, const QStringList& highMeshes,
-                     Ond::SceneGraph::SceneSPtr& low, Ond::SceneGraph::SceneSPtr& high)
+                     Ond::SceneGraph::SceneSPtr& low, Ond::SceneGraph::SceneSPtr& high, bool everyCoveredTile)
 {
     if (!applyTangentSpaceSettings(settings))
         return false;
@@ -185,8 +185,9 @@ bool loadInputScenes(const BakerSettingsMap& settings, Ond::Baking::AbstractMapB
     if (!hasTriangles(*low, lowPath))
         return false;
     // Every baker works in the low mesh's UVs. The bake itself then fails in
-    // its own words, which don't name the file.
-    if (!meshContent(*low, 0).hasUvSet)
+    // its own words, which don't name the file; the covered-tile loop has its
+    // own line that does.
+    if (!everyCoveredTile && !meshContent(*low, 0).hasUvSet)
         zmfBakerChannel().error(QStringLiteral("Error: Scene \"%1\" has no UVs.").arg(lowPath));
     bool failed = false;
     high = highSceneFor(baker, context, low, highMeshes, failed);
@@ -201,7 +202,7 @@ QString bakeInput(const BakerSettingsMap& settings, Ond::Baking::AbstractMapBake
 {
     Ond::SceneGraph::SceneSPtr low;
     Ond::SceneGraph::SceneSPtr high;
-    if (!loadInputScenes(settings, baker, inputPath, context, highMeshes, low, high))
+    if (!loadInputScenes(settings, baker, inputPath, context, highMeshes, low, high, false))
         return QString();
     return saveBaker(settings, baker, bakerName, inputPath, context, low, high, cagePath);
 }
@@ -212,7 +213,7 @@ QStringList bakeCoveredTiles(const BakerSettingsMap& settings, Ond::Baking::Abst
 {
     Ond::SceneGraph::SceneSPtr low;
     Ond::SceneGraph::SceneSPtr high;
-    if (!loadInputScenes(settings, baker, inputPath, context, highMeshes, low, high))
+    if (!loadInputScenes(settings, baker, inputPath, context, highMeshes, low, high, true))
         return QStringList{QString()};
     return saveCoveredTiles(settings, baker, bakerName, inputPath, context, low, high, cagePath);
 }
