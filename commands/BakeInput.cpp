@@ -66,6 +66,8 @@ bool hasTriangles(const Ond::SceneGraph::Scene& scene, const QString& path)
     return false;
 }
 
+} // namespace
+
 // Only the texture baker reads the high mesh's tangent frames (to carry a
 // normal map over); for all others they would be the most costly part of
 // loading a huge sculpt with UVs, and never looked at.
@@ -78,8 +80,6 @@ uint32_t highLoadFlags(const std::string& bakerIdentifier)
     return Ond::SceneLoad::AllLoadFlags
            & ~uint32_t(Ond::SceneLoad::KeepTangents | Ond::SceneLoad::ComputeTangents);
 }
-
-} // namespace
 
 Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const QString& inputPath,
                                      const QStringList& selection, bool recomputeTangents)

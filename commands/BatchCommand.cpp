@@ -217,12 +217,14 @@ private:
             failed = true;
             return nullptr;
         }
-        // The curvature baker loads its high meshes with less.
-        const bool lean = baker.identifier() == "curvaturefrommesh";
-        if (!m_high || highMeshes != m_highKey || lean != m_highLean) {
+        // Bakers load their high meshes with more or less (tangent frames
+        // for the texture baker, the least for curvature): a scene serves
+        // the bakers of the same flags.
+        const uint32_t flags = highLoadFlags(baker.identifier());
+        if (!m_high || highMeshes != m_highKey || flags != m_highFlags) {
             m_high = loadHighScenes(m_context, highMeshes, baker.identifier());
             m_highKey = highMeshes;
-            m_highLean = lean;
+            m_highFlags = flags;
         }
         failed = !m_high;
         return m_high;
@@ -246,7 +248,7 @@ private:
     LowSceneKey m_lowKey;
     Ond::SceneGraph::SceneSPtr m_high;
     QStringList m_highKey;
-    bool m_highLean = false;
+    uint32_t m_highFlags = 0;
 };
 
 } // namespace
