@@ -56,7 +56,8 @@ bool applyTangentSpaceSettings(const BakerSettingsMap& settings);
 Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const QString& inputPath,
                                      const QStringList& selection, bool recomputeTangents);
 
-// The load flags of a baker's high meshes.
+// The load flags of a baker's high meshes: tangent frames only for the
+// texture baker, which reads them; the least for the curvature baker.
 uint32_t highLoadFlags(const std::string& bakerIdentifier);
 
 // All high meshes under one scene. Null if the run was cancelled or a file

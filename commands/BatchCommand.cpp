@@ -219,7 +219,9 @@ private:
             failed = true;
             return nullptr;
         }
-        // Bakers load their high meshes with more or less (tangent frames).
+        // Bakers load their high meshes with more or less (tangent frames
+        // for the texture baker, the least for curvature): a scene serves
+        // the bakers of the same flags.
         const uint32_t flags = highLoadFlags(baker.identifier());
         if (!m_high || highMeshes != m_highKey || flags != m_highFlags) {
             m_high = loadHighScenes(m_context, highMeshes, baker.identifier());

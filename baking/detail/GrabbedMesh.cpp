@@ -6,18 +6,44 @@
 #include "scene/graph/Entity.h"
 #include "scene/graph/MeshDisplayComponent.h"
 
+#include "program/ThreadLimit.h"
+
 #include <QStringList>
+#include <QtConcurrent/QtConcurrentMap>
 
 #include <Eigen/Dense>
 #include <Eigen/Geometry>
 
+#include <algorithm>
 #include <new>
+#include <utility>
+#include <vector>
 
 namespace Ond::Baking {
 
 using namespace SceneGraph;
 
 namespace {
+
+// Runs body(begin, end) over [0, count) in one range per thread of the pool;
+// each element is written by one range only, so the result is the same as
+// in one loop. Small counts stay on this thread.
+template <typename Body>
+void forRanges(size_t count, const Body& body)
+{
+    constexpr size_t MinimumPerRange = 1u << 16;
+    const size_t ranges = std::min<size_t>(Core::threadCount(), count / MinimumPerRange);
+    if (ranges <= 1) {
+        body(size_t(0), count);
+        return;
+    }
+    std::vector<std::pair<size_t, size_t>> bounds(ranges);
+    for (size_t r = 0; r < ranges; ++r)
+        bounds[r] = {count * r / ranges, count * (r + 1) / ranges};
+    QtConcurrent::blockingMap(bounds, [&body](const std::pair<size_t, size_t>& range) {
+        body(range.first, range.second);
+    });
+}
 
 bool isTriangleList(const SubMesh& subMesh)
 {
@@ -92,14 +118,16 @@ public:
         const Eigen::Matrix3f normalMatrix = model.topLeftCorner<3, 3>().inverse().transpose();
 
         const Vec3Buffer* positions = data->getPositions();
-        for (size_t i = 0; i < vertexCount; ++i) {
-            const Eigen::Vector4f p = model * (*positions)[i].homogeneous();
-            float* out = &m_mesh.positions[(m_vertex + i) * 4];
-            out[0] = p.x();
-            out[1] = p.y();
-            out[2] = p.z();
-            out[3] = 1.0f;
-        }
+        forRanges(vertexCount, [&](size_t begin, size_t end) {
+            for (size_t i = begin; i < end; ++i) {
+                const Eigen::Vector4f p = model * (*positions)[i].homogeneous();
+                float* out = &m_mesh.positions[(m_vertex + i) * 4];
+                out[0] = p.x();
+                out[1] = p.y();
+                out[2] = p.z();
+                out[3] = 1.0f;
+            }
+        });
 
         writeDirections(data->getNormals(), normalMatrix, m_mesh.normals.data(), 3, vertexCount, name, m_noNormals);
         if (m_flags & BakeJobFlags::GrabTangents) {
@@ -143,20 +171,26 @@ public:
                 continue;
             const Eigen::Vector4f color =
                 subMesh.material ? subMesh.material->color : Eigen::Vector4f(1.0f, 1.0f, 1.0f, 1.0f);
-            const size_t count = subMesh.indices->size() / 3;
-            for (size_t t = 0; t < count && m_triangle < m_mesh.triangleCount; ++t, ++m_triangle) {
-                for (int k = 0; k < 3; ++k) {
-                    uint32_t index = (*subMesh.indices)[t * 3 + k];
-                    if (index >= vertexCount)
-                        index = 0;
-                    m_mesh.indices[m_triangle * 3 + k] = uint32_t(m_vertex + index);
+            const size_t count = std::min(subMesh.indices->size() / 3, m_mesh.triangleCount - m_triangle);
+            const size_t first = m_triangle;
+            const bool triangleColors = (m_flags & BakeJobFlags::GrabColors) && !m_vertexColors;
+            forRanges(count, [&](size_t begin, size_t end) {
+                for (size_t t = begin; t < end; ++t) {
+                    const size_t triangle = first + t;
+                    for (int k = 0; k < 3; ++k) {
+                        uint32_t index = (*subMesh.indices)[t * 3 + k];
+                        if (index >= vertexCount)
+                            index = 0;
+                        m_mesh.indices[triangle * 3 + k] = uint32_t(m_vertex + index);
+                    }
+                    m_mesh.ids[triangle] = id;
+                    m_mesh.culling[triangle] = cull;
+                    if (triangleColors)
+                        for (int c = 0; c < 3; ++c)
+                            m_mesh.colors[triangle * 3 + c] = color[c];
                 }
-                m_mesh.ids[m_triangle] = id;
-                m_mesh.culling[m_triangle] = cull;
-                if ((m_flags & BakeJobFlags::GrabColors) && !m_vertexColors)
-                    for (int c = 0; c < 3; ++c)
-                        m_mesh.colors[m_triangle * 3 + c] = color[c];
-            }
+            });
+            m_triangle += count;
         }
         m_vertex += vertexCount;
     }
@@ -187,21 +221,23 @@ private:
     {
         if (!source || source->size() < count)
             missing << name;
-        for (size_t i = 0; i < count; ++i) {
-            Eigen::Vector3f v = Eigen::Vector3f::Zero();
-            if (source && i < source->size()) {
-                v = matrix * (*source)[i];
-                const float length = v.norm();
-                if (length > 0.0f)
-                    v /= length;
+        forRanges(count, [&](size_t begin, size_t end) {
+            for (size_t i = begin; i < end; ++i) {
+                Eigen::Vector3f v = Eigen::Vector3f::Zero();
+                if (source && i < source->size()) {
+                    v = matrix * (*source)[i];
+                    const float length = v.norm();
+                    if (length > 0.0f)
+                        v /= length;
+                }
+                float* out = target + (m_vertex + i) * size_t(stride);
+                out[0] = v.x();
+                out[1] = v.y();
+                out[2] = v.z();
+                if (stride == 4)
+                    out[3] = 0.0f;
             }
-            float* out = target + (m_vertex + i) * size_t(stride);
-            out[0] = v.x();
-            out[1] = v.y();
-            out[2] = v.z();
-            if (stride == 4)
-                out[3] = 0.0f;
-        }
+        });
     }
 
     GrabbedMesh& m_mesh;
@@ -257,17 +293,19 @@ void fixWinding(GrabbedMesh& mesh)
 {
     const float* p = mesh.positions.data();
     const float* n = mesh.normals.data();
-    for (size_t t = 0; t < mesh.triangleCount; ++t) {
-        uint32_t* tri = &mesh.indices[t * 3];
-        const Eigen::Map<const Eigen::Vector3f> p0(p + size_t(tri[0]) * 4), p1(p + size_t(tri[1]) * 4),
-            p2(p + size_t(tri[2]) * 4);
-        const Eigen::Vector3f s = Eigen::Map<const Eigen::Vector3f>(n + size_t(tri[0]) * 3)
-                                  + Eigen::Map<const Eigen::Vector3f>(n + size_t(tri[1]) * 3)
-                                  + Eigen::Map<const Eigen::Vector3f>(n + size_t(tri[2]) * 3);
-        const Eigen::Vector3f c = (p0 - p1).cross(p2 - p0);
-        if (c.dot(s) > 0.0f)
-            std::swap(tri[1], tri[2]);
-    }
+    forRanges(mesh.triangleCount, [&](size_t begin, size_t end) {
+        for (size_t t = begin; t < end; ++t) {
+            uint32_t* tri = &mesh.indices[t * 3];
+            const Eigen::Map<const Eigen::Vector3f> p0(p + size_t(tri[0]) * 4), p1(p + size_t(tri[1]) * 4),
+                p2(p + size_t(tri[2]) * 4);
+            const Eigen::Vector3f s = Eigen::Map<const Eigen::Vector3f>(n + size_t(tri[0]) * 3)
+                                      + Eigen::Map<const Eigen::Vector3f>(n + size_t(tri[1]) * 3)
+                                      + Eigen::Map<const Eigen::Vector3f>(n + size_t(tri[2]) * 3);
+            const Eigen::Vector3f c = (p0 - p1).cross(p2 - p0);
+            if (c.dot(s) > 0.0f)
+                std::swap(tri[1], tri[2]);
+        }
+    });
 }
 
 } // namespace Ond::Baking

@@ -4,6 +4,7 @@
 #include "baking/detail/MeshNameId.h"
 #include "baking/detail/RaytracerEmbree.h"
 #include "baking/detail/SecondaryRayParams.h"
+#include "program/ThreadLimit.h"
 
 #include <gtest/gtest.h>
 
@@ -349,4 +350,12 @@ TEST(RaytracerEmbreeTest, TreeQualityFollowsTheRayBudget)
             EXPECT_EQ(texel(quick, x, y)[0], texel(better, x * 16, y * 16)[0]) << x << "," << y;
             EXPECT_EQ(texel(quick, x, y)[3], 1.0f);
         }
+}
+
+TEST(RaytracerEmbreeTest, DeviceTakesTheThreadLimit)
+{
+    Ond::Core::setThreadLimit(3);
+    EXPECT_EQ(EmbreeScene::deviceConfig(), "threads=3");
+    Ond::Core::setThreadLimit(0);
+    EXPECT_EQ(EmbreeScene::deviceConfig(), "");
 }

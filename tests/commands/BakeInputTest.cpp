@@ -319,6 +319,12 @@ TEST_F(BakeInputTest, HighScenesAreCombined)
 
 TEST_F(BakeInputTest, HighMeshesGetTangentFramesOnlyForTheTextureBaker)
 {
+    // A plan reloads its high meshes when the next baker's flags differ.
+    EXPECT_EQ(highLoadFlags("normalfrommesh"), 243u);
+    EXPECT_EQ(highLoadFlags("aofrommesh"), 243u);
+    EXPECT_EQ(highLoadFlags("texturefrommesh"), 255u);
+    EXPECT_EQ(highLoadFlags("curvaturefrommesh"), 3u);
+
     const QString high = QUrl::fromLocalFile(boxLow()).toString();
     for (const char* baker : {"normalfrommesh", "aofrommesh", "heightfrommesh", "texturefrommesh"}) {
         const auto scene = loadHighScenes(context, {high}, baker);
