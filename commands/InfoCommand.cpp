@@ -8,6 +8,7 @@
 #include "scene/load/SceneMgr.h"
 
 #include <QFileInfo>
+#include <QStringList>
 #include <QUrl>
 
 namespace ProgramCommand {
@@ -21,6 +22,21 @@ const QString InputsOption = QStringLiteral("inputs");
 
 // The post-processing of `info`: keep normals, UV sets and colours.
 constexpr uint32_t InfoSceneFlags = 49;
+
+// One line per suffix, in the order the loaders are asked; a suffix that an
+// earlier loader takes is never reached by a later one, so it is left out.
+void printFormats(Ond::Program::IndentingPrinter& printer, const Ond::SceneLoad::SceneFormatList& formats)
+{
+    QStringList listed;
+    for (const Ond::SceneLoad::SceneFormat& format : formats) {
+        for (const QString& suffix : format.extensions) {
+            if (listed.contains(suffix, Qt::CaseInsensitive))
+                continue;
+            listed << suffix;
+            printer.print(suffix.leftJustified(6) + QLatin1Char(' ') + format.label);
+        }
+    }
+}
 
 } // namespace
 
@@ -44,6 +60,7 @@ InfoCommand::InfoCommand()
         {"hide-bounding-box", "Do not print the bounding boxes of entities."},
         {"list-uv-tiles", "List uv tiles occupied in entities."},
         {"list-all", "Print basic information about all entities."},
+        {"list-formats", "List the mesh file suffixes that can be read, with their formats; needs no input."},
     };
     for (const auto& flag : flags)
         specific.addOption(TypedCommandLineOption(QString::fromLatin1(flag.first), QString::fromLatin1(flag.second)));
@@ -59,6 +76,12 @@ int InfoCommand::process(const Ond::Program::ParsedValues& values)
 {
     auto& log = Ond::Core::zmfBakerChannel();
     const QStringList inputs = values.value(InputsOption).toStringList();
+    if (values.value(QStringLiteral("list-formats")).toBool()) {
+        Ond::Program::IndentingPrinter printer;
+        printFormats(printer, Ond::SceneLoad::createSceneLoaderMgr()->getSupportedFormats());
+        if (inputs.isEmpty())
+            return 0;
+    }
     if (inputs.isEmpty()) {
         log.error(QStringLiteral("Error: No input(s) specified."));
         return 1;

@@ -13,7 +13,8 @@ public:
 
     using Ond::Program::ProgramCommand::process;
     QString implicitOptionName() const override;
-    // 1 without inputs; otherwise 0, also when some file can't be loaded.
+    // 1 without inputs (unless the formats were listed); otherwise 0, also
+    // when some file can't be loaded.
     int process(const Ond::Program::ParsedValues& values) override;
 };
 

@@ -194,3 +194,34 @@ TEST(InfoCommand, MalformedObjStillReportsWhatItHolds)
     EXPECT_TRUE(result.out.contains("      Number of vertices: 3\n")) << result.out.toStdString();
     EXPECT_TRUE(result.out.contains("        Number of triangles: 1\n"));
 }
+
+TEST(InfoCommand, ListFormatsPrintsEachSuffixWithItsLabel)
+{
+    const auto result = runZmfbaker({"info", "--list-formats"});
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_TRUE(result.err.isEmpty()) << result.err.toStdString();
+    const QStringList lines = result.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    const char* const expected[] = {
+        "obj    Wavefront OBJ",           "fbx    Autodesk FBX",
+        "glb    glTF 2.0 Binary",         "gltf   glTF 2.0",
+        "ply    Stanford Polygon File",   "dae    COLLADA Digital Asset",
+        "3ds    Autodesk 3D Studio Mesh", "dxf    Autodesk AutoCAD Drawing",
+    };
+    for (const char* line : expected)
+        EXPECT_EQ(lines.count(QString::fromLatin1(line)), 1) << line << "\n" << result.out.toStdString();
+    // Listed in the order the loaders are asked: the Assimp formats first.
+    EXPECT_EQ(lines.indexOf("obj    Wavefront OBJ"), lines.size() - 1) << result.out.toStdString();
+    QStringList suffixes;
+    for (const QString& line : lines)
+        suffixes << line.section(QLatin1Char(' '), 0, 0);
+    EXPECT_EQ(suffixes.removeDuplicates(), 0) << result.out.toStdString();
+
+    // With inputs the list comes first, then the usual report.
+    const auto withInput = runZmfbaker({"info", "--list-formats", "--hide-mesh", boxLow()});
+    EXPECT_EQ(withInput.exitCode, 0);
+    EXPECT_EQ(withInput.out, result.out + QStringLiteral("File \"%1\":\n").arg(boxLow()));
+
+    const auto help = runZmfbaker({"info", "--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_TRUE(help.out.contains("--list-formats\n")) << help.out.toStdString();
+}
