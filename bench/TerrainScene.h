@@ -9,6 +9,8 @@
 #include "scene/graph/MeshDisplayComponent.h"
 #include "scene/graph/Scene.h"
 
+#include <QTemporaryDir>
+
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -100,6 +102,18 @@ inline Ond::SceneGraph::SceneSPtr makeTerrain(unsigned n)
     auto entity = std::make_shared<Entity>("terrain_high", std::make_unique<LocationComponent>(),
                                            std::make_unique<MeshDisplayComponent>(std::make_shared<Mesh>(data)));
     return std::make_shared<Scene>(std::vector<Entity::SPtr>{entity});
+}
+
+// terrain_high.obj (the terrain of side n) over terrain_low.obj (a flat
+// plane of 32 x 32 quads) in dir; false after saying why.
+inline bool writeTerrainPair(const QTemporaryDir& dir, unsigned n, QString& low, QString& high)
+{
+    high = dir.filePath(QStringLiteral("terrain_high.obj"));
+    low = dir.filePath(QStringLiteral("terrain_low.obj"));
+    if (writeTerrainObj(high.toStdString(), n) && writePlaneObj(low.toStdString(), 33))
+        return true;
+    std::printf("could not write the meshes to %s\n", qPrintable(dir.path()));
+    return false;
 }
 
 // Seconds on a monotonic clock.

@@ -13,6 +13,7 @@
 #include "baking/detail/RaytracerEmbree.h"
 #include "baking/detail/SurfaceFrame.h"
 
+#include "bench/BenchUtil.h"
 #include "bench/PlaneSeeds.h"
 #include "bench/TerrainScene.h"
 
@@ -228,27 +229,12 @@ int main(int argc, char** argv)
     if (!runBinary)
         return 0;
     QTemporaryDir dir;
-    const QString high = dir.filePath(QStringLiteral("terrain_high.obj"));
-    const QString low = dir.filePath(QStringLiteral("terrain_low.obj"));
-    if (!ZmfBench::writeTerrainObj(high.toStdString(), grid) || !ZmfBench::writePlaneObj(low.toStdString(), 33)) {
-        std::printf("could not write the meshes to %s\n", qPrintable(dir.path()));
+    QString low, high;
+    if (!ZmfBench::writeTerrainPair(dir, grid, low, high))
         return 1;
-    }
-    const QString program = QCoreApplication::applicationDirPath() + QStringLiteral("/../zmfbaker");
-    const QString side = QString::number(int(std::log2(double(size))));
-    const QStringList common{low,
-                             QStringLiteral("--highdef-mesh"),
-                             high,
-                             QStringLiteral("--output-size"),
-                             side + ',' + side,
-                             QStringLiteral("--relative-to-bbox"),
-                             QStringLiteral("false"),
-                             QStringLiteral("--max-frontal"),
-                             QStringLiteral("0.1"),
-                             QStringLiteral("--max-rear"),
-                             QStringLiteral("0.1"),
-                             QStringLiteral("--output-path"),
-                             dir.path()};
+    const QString program = ZmfBench::programPath();
+    const QStringList common =
+        ZmfBench::detailBakeOptions(low, high, QString::number(int(std::log2(double(size)))), dir.path());
     std::printf("\nthe binary on the same terrain under a flat %u-triangle low mesh, %s x %s:\n", 2u * 32u * 32u,
                 qPrintable(QString::number(size)), qPrintable(QString::number(size)));
     timeCommand(program, QStringList{QStringLiteral("normal-from-mesh")} << common << QStringLiteral("--antialiasing")

@@ -16,6 +16,7 @@
 // scene, the tiles (seeds and rays), post-processing; what follows the last
 // stage is writing the file and leaving.
 
+#include "BenchUtil.h"
 #include "TerrainScene.h"
 
 #include <QCoreApplication>
@@ -309,21 +310,9 @@ int main(int argc, char** argv)
     // a binary without the progress line gives the totals only.
     const QString program = qEnvironmentVariableIsSet("ZMF_BENCH_BINARY")
                                 ? qEnvironmentVariable("ZMF_BENCH_BINARY")
-                                : QCoreApplication::applicationDirPath() + QStringLiteral("/../zmfbaker");
-    const QString side = QString::number(exponent);
-    const QStringList common{QString::fromStdString(low),
-                             QStringLiteral("--highdef-mesh"),
-                             QString::fromStdString(high),
-                             QStringLiteral("--output-size"),
-                             side + ',' + side,
-                             QStringLiteral("--relative-to-bbox"),
-                             QStringLiteral("false"),
-                             QStringLiteral("--max-frontal"),
-                             QStringLiteral("0.1"),
-                             QStringLiteral("--max-rear"),
-                             QStringLiteral("0.1"),
-                             QStringLiteral("--output-path"),
-                             dir.path()};
+                                : ZmfBench::programPath();
+    const QStringList common = ZmfBench::detailBakeOptions(QString::fromStdString(low), QString::fromStdString(high),
+                                                           QString::number(exponent), dir.path());
 
     const RunFigures normal = runStaged(program, QStringList{QStringLiteral("normal-from-mesh")} << common);
     report("normal-from-mesh", normal);

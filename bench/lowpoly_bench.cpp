@@ -4,16 +4,15 @@
 // Without a file it generates a wavy grid of about 1 M triangles with UVs.
 // Usage: lowpoly_bench [mesh.obj or ""] [repetitions]
 
-#include "baking/AbstractBakingContext.h"
 #include "baking/lowpoly/GLTileTarget.h"
 #include "baking/lowpoly/NormalWSMapBaker.h"
 #include "baking/lowpoly/PostProcess.h"
 #include "baking/lowpoly/PositionMapBaker.h"
 #include "baking/lowpoly/SceneGL.h"
+#include "bench/BenchBaking.h"
 #include "bench/BenchGL.h"
+#include "bench/BenchUtil.h"
 #include "opengl/OglContextData.h"
-#include "scene/load/SceneImporter.h"
-#include "scene/obj/OBJSceneLoader.h"
 
 #include <QTemporaryDir>
 #include <QSize>
@@ -31,22 +30,7 @@
 
 namespace {
 
-class BenchContext : public Ond::Baking::AbstractBakingContext
-{
-public:
-    std::string tangentPluginName() const override { return {}; }
-    bool isCancelled() const override { return false; }
-    bool perFragmentBinormal() const override { return false; }
-    bool loadSurface(const QString&, Ond::Surfaces::SurfaceSPtr&) override { return false; }
-    void tileOutput(const Ond::Surfaces::SurfaceSPtr&, int, int, bool) override {}
-    void progressBegin(const QString&) override {}
-    void progressValue(double) override {}
-    void progressEnd() override {}
-    void progressText(const QString&) override {}
-    bool gpuAllowed() const override { return false; }
-    bool forceDxr() const override { return false; }
-    bool forceOptix() const override { return false; }
-};
+using ZmfBench::millisSince;
 
 double bestOf(int repetitions, const std::function<void()>& run)
 {
@@ -94,11 +78,6 @@ QString writeGridObj(const QString& dir, int n)
     return path;
 }
 
-double millisSince(std::chrono::steady_clock::time_point start)
-{
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -113,14 +92,9 @@ int main(int argc, char** argv)
     Ond::OpenGLUtils::QGLManager& manager = gl.manager();
 
     const auto loadStart = std::chrono::steady_clock::now();
-    Ond::SceneLoad::OBJSceneLoader loader;
-    std::unique_ptr<Ond::SceneLoad::SceneImporter> importer(loader.createImporter(meshPath, "obj"));
-    Ond::SceneGraph::SceneSPtr scene(
-        importer ? importer->import(Ond::SceneLoad::SceneLoadOptions(Ond::SceneLoad::AllLoadFlags), nullptr) : nullptr);
-    if (!scene) {
-        std::fprintf(stderr, "cannot read %s\n", qPrintable(meshPath));
+    const Ond::SceneGraph::SceneSPtr scene = ZmfBench::loadSelectedObj(meshPath);
+    if (!scene)
         return 1;
-    }
     const double load = millisSince(loadStart);
     size_t triangles = 0;
     scene->forAllMeshes([&](const Ond::SceneGraph::Mesh::SPtr& mesh) {
@@ -130,16 +104,9 @@ int main(int argc, char** argv)
         return true;
     });
     std::printf("mesh: %zu triangles, load %.0f ms\n", triangles, load);
-    // Every part selected, as an empty selection does.
-    scene->forAllMeshes([](const Ond::SceneGraph::Mesh::SPtr& mesh) {
-        const auto data = mesh->getData();
-        for (size_t i = 0; i < data->getSubMeshCount(); ++i)
-            data->getSubMesh(i)->renderFlags.set(Ond::SceneGraph::SelectedRenderFlag, true);
-        return true;
-    });
 
     manager.runInContext(true, [&](Ond::OglUtils::OglContextData&) {
-        BenchContext context;
+        ZmfBench::BenchContext context;
         const double upload = bestOf(repetitions, [&] {
             Ond::Baking::SceneGLCache::clear();
             Ond::Baking::SceneGLCache::acquire(*scene, 0, 0);

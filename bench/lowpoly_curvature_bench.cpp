@@ -5,14 +5,12 @@
 //        [repetitions, default 1]
 // The figure asked of it is at 2048 x 2048: lowpoly_curvature_bench 11
 
-#include "baking/AbstractBakingContext.h"
 #include "baking/PropertyBag.h"
 #include "baking/lowpoly/CurvatureMapBaker.h"
 #include "baking/lowpoly/CurvaturePreparation.h"
+#include "bench/BenchBaking.h"
 #include "bench/BenchGL.h"
 #include "opengl/OglContextData.h"
-#include "scene/load/SceneImporter.h"
-#include "scene/obj/OBJSceneLoader.h"
 
 #include <QSize>
 #include <QTemporaryDir>
@@ -26,23 +24,6 @@
 #include <memory>
 
 namespace {
-
-class BenchContext : public Ond::Baking::AbstractBakingContext
-{
-public:
-    std::string tangentPluginName() const override { return {}; }
-    bool isCancelled() const override { return false; }
-    bool perFragmentBinormal() const override { return false; }
-    bool loadSurface(const QString&, Ond::Surfaces::SurfaceSPtr&) override { return false; }
-    void tileOutput(const Ond::Surfaces::SurfaceSPtr&, int, int, bool) override {}
-    void progressBegin(const QString&) override {}
-    void progressValue(double) override {}
-    void progressEnd() override {}
-    void progressText(const QString&) override {}
-    bool gpuAllowed() const override { return false; }
-    bool forceDxr() const override { return false; }
-    bool forceOptix() const override { return false; }
-};
 
 // n x n quads over the unit square, a gentle wave, analytic normals.
 QString writeGridObj(const QString& dir, int n)
@@ -96,20 +77,9 @@ int main(int argc, char** argv)
 
     QTemporaryDir temp;
     const QString meshPath = writeGridObj(temp.path(), gridSide);
-    Ond::SceneLoad::OBJSceneLoader loader;
-    std::unique_ptr<Ond::SceneLoad::SceneImporter> importer(loader.createImporter(meshPath, "obj"));
-    Ond::SceneGraph::SceneSPtr scene(
-        importer ? importer->import(Ond::SceneLoad::SceneLoadOptions(Ond::SceneLoad::AllLoadFlags), nullptr) : nullptr);
-    if (!scene) {
-        std::fprintf(stderr, "cannot read %s\n", qPrintable(meshPath));
+    const Ond::SceneGraph::SceneSPtr scene = ZmfBench::loadSelectedObj(meshPath);
+    if (!scene)
         return 1;
-    }
-    scene->forAllMeshes([](const Ond::SceneGraph::Mesh::SPtr& mesh) {
-        const auto data = mesh->getData();
-        for (size_t i = 0; i < data->getSubMeshCount(); ++i)
-            data->getSubMesh(i)->renderFlags.set(Ond::SceneGraph::SelectedRenderFlag, true);
-        return true;
-    });
     std::printf("curvature of %d triangles at %d x %d, best of %d, load average %.2f\n", 2 * gridSide * gridSide,
                 1 << log2Size, 1 << log2Size, repetitions, loadAverage());
 
@@ -126,7 +96,7 @@ int main(int argc, char** argv)
     std::printf("%-11s %9s %12s %9s %13s %9s\n", "algorithm", "normals", "preparation", "passes", "post-process",
                 "total");
 
-    BenchContext context;
+    ZmfBench::BenchContext context;
     for (int algorithm : {1, 0}) {
         Ond::Baking::CurvatureMapBaker baker;
         baker.init();

@@ -12,6 +12,7 @@
 // own reader refuses. With "ascii", Assimp's ASCII FBX is written and loaded
 // as well, for comparison (slow to write, and it needs about 2 GiB to load).
 
+#include "bench/BenchUtil.h"
 #include "scene/fbx/AssimpSceneConverter.h"
 #include "scene/graph/MeshDisplayComponent.h"
 #include "scene/load/SceneLoaderMgr.h"
@@ -42,29 +43,10 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-double seconds(Clock::time_point start)
-{
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-long procStatusBytes(const char* key)
-{
-    std::ifstream status("/proc/self/status");
-    std::string line;
-    const size_t keyLength = std::strlen(key);
-    while (std::getline(status, line))
-        if (line.compare(0, keyLength, key) == 0)
-            return std::atol(line.c_str() + keyLength + 1) * 1024L;
-    return -1;
-}
-
-void resetPeakRss()
-{
-    std::ofstream clear("/proc/self/clear_refs");
-    clear << "5";
-}
+using ZmfBench::Clock;
+using ZmfBench::procStatusBytes;
+using ZmfBench::resetPeakRss;
+using ZmfBench::seconds;
 
 double mib(double bytes)
 {

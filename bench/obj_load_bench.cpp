@@ -4,6 +4,7 @@
 //
 //   obj_load_bench [grid size, default 1000] [runs, default 3] [file to write and keep]
 
+#include "bench/BenchUtil.h"
 #include "scene/graph/MeshDisplayComponent.h"
 #include "scene/load/SceneImporter.h"
 #include "scene/obj/OBJSceneLoader.h"
@@ -29,35 +30,13 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-double seconds(Clock::time_point start)
-{
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-// Resident set figures of this process from /proc, in bytes.
-long procStatusBytes(const char* key)
-{
-    std::ifstream status("/proc/self/status");
-    std::string line;
-    const size_t keyLength = std::char_traits<char>::length(key);
-    while (std::getline(status, line)) {
-        if (line.compare(0, keyLength, key) == 0)
-            return std::atol(line.c_str() + keyLength + 1) * 1024L;
-    }
-    return -1;
-}
+using ZmfBench::Clock;
+using ZmfBench::procStatusBytes;
+using ZmfBench::resetPeakRss;
+using ZmfBench::seconds;
 
 long currentRss() { return procStatusBytes("VmRSS"); }
 long peakRss() { return procStatusBytes("VmHWM"); }
-
-// Lets the next VmHWM reading start from the present resident size.
-void resetPeakRss()
-{
-    std::ofstream clear("/proc/self/clear_refs");
-    clear << "5";
-}
 
 void appendFloat(std::string& out, float value)
 {

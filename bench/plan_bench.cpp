@@ -7,6 +7,7 @@
 // The plan saves the loads and the scene builds; how much that weighs
 // depends on how long the rays take, hence two map sizes by default.
 
+#include "bench/BenchUtil.h"
 #include "bench/TerrainScene.h"
 
 #include <QCoreApplication>
@@ -71,13 +72,10 @@ int main(int argc, char** argv)
     const int rays = argc > 3 ? std::atoi(argv[3]) : 64;
 
     QTemporaryDir dir;
-    const QString high = dir.filePath(QStringLiteral("terrain_high.obj"));
-    const QString low = dir.filePath(QStringLiteral("terrain_low.obj"));
-    if (!ZmfBench::writeTerrainObj(high.toStdString(), grid) || !ZmfBench::writePlaneObj(low.toStdString(), 33)) {
-        std::printf("could not write the meshes to %s\n", qPrintable(dir.path()));
+    QString low, high;
+    if (!ZmfBench::writeTerrainPair(dir, grid, low, high))
         return 1;
-    }
-    const QString program = QCoreApplication::applicationDirPath() + QStringLiteral("/../zmfbaker");
+    const QString program = ZmfBench::programPath();
 
     struct Baker
     {

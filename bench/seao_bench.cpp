@@ -6,12 +6,13 @@
 // The defaults (160, 9: 50 k triangles at 512²) suit a software renderer;
 // the figures of record are seao_bench 708 11: 1 M triangles at 2048².
 
-#include "baking/AbstractBakingContext.h"
 #include "baking/lowpoly/LowPolyTileLoop.h"
 #include "baking/lowpoly/NormalWSMapBaker.h"
 #include "baking/lowpoly/SeAOMapBaker.h"
 #include "baking/lowpoly/SeAORenderer.h"
+#include "bench/BenchBaking.h"
 #include "bench/BenchGL.h"
+#include "bench/BenchUtil.h"
 #include "opengl/OglContextData.h"
 #include "scene/graph/Entity.h"
 #include "scene/graph/Mesh.h"
@@ -31,27 +32,7 @@
 
 namespace {
 
-class BenchContext : public Ond::Baking::AbstractBakingContext
-{
-public:
-    std::string tangentPluginName() const override { return {}; }
-    bool isCancelled() const override { return false; }
-    bool perFragmentBinormal() const override { return false; }
-    bool loadSurface(const QString&, Ond::Surfaces::SurfaceSPtr&) override { return false; }
-    void tileOutput(const Ond::Surfaces::SurfaceSPtr&, int, int, bool) override {}
-    void progressBegin(const QString&) override {}
-    void progressValue(double) override {}
-    void progressEnd() override {}
-    void progressText(const QString&) override {}
-    bool gpuAllowed() const override { return false; }
-    bool forceDxr() const override { return false; }
-    bool forceOptix() const override { return false; }
-};
-
-double millisSince(std::chrono::steady_clock::time_point start)
-{
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-}
+using ZmfBench::millisSince;
 
 // Ridges deep enough that their flanks shade each other; UVs are x and y.
 Ond::SceneGraph::SceneSPtr makeTerrain(unsigned n)
@@ -113,7 +94,7 @@ int main(int argc, char** argv)
     gl.manager().runInContext(true, [&](Ond::OglUtils::OglContextData&) {
         using namespace Ond::Baking;
         std::printf("GL_RENDERER: %s\n", reinterpret_cast<const char*>(glGetString(GL_RENDERER)));
-        BenchContext context;
+        ZmfBench::BenchContext context;
         const SeAOParameters parameters = SeAOParameters::forQuality(1);
 
         auto start = std::chrono::steady_clock::now();

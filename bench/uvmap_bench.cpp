@@ -4,10 +4,10 @@
 // and the time of the raster route at the map size.
 // Usage: uvmap_bench [triangles (default 1000000)] [log2 of the map side (default 11)]
 
-#include "baking/AbstractBakingContext.h"
 #include "baking/PropertyBag.h"
 #include "baking/lowpoly/ColorMapBaker.h"
 #include "baking/lowpoly/UV2SvgBaker.h"
+#include "bench/BenchBaking.h"
 #include "scene/graph/Mesh.h"
 #include "scene/graph/MeshDisplayComponent.h"
 #include "scene/graph/Scene.h"
@@ -25,23 +25,6 @@
 namespace {
 
 using namespace Ond::SceneGraph;
-
-class BenchContext : public Ond::Baking::AbstractBakingContext
-{
-public:
-    std::string tangentPluginName() const override { return {}; }
-    bool isCancelled() const override { return false; }
-    bool perFragmentBinormal() const override { return false; }
-    bool loadSurface(const QString&, Ond::Surfaces::SurfaceSPtr&) override { return false; }
-    void tileOutput(const Ond::Surfaces::SurfaceSPtr&, int, int, bool) override {}
-    void progressBegin(const QString&) override {}
-    void progressValue(double) override {}
-    void progressEnd() override {}
-    void progressText(const QString&) override {}
-    bool gpuAllowed() const override { return false; }
-    bool forceDxr() const override { return false; }
-    bool forceOptix() const override { return false; }
-};
 
 // A cells × cells grid over the unit square; islands × islands blocks of
 // cells, each block with its own vertices and shrunk a little so that
@@ -108,7 +91,7 @@ int main(int argc, char** argv)
     const int sideLog = argc > 2 ? std::atoi(argv[2]) : 11;
     // Cells a multiple of 32, so that the blocks divide the grid.
     const int cells = std::max(32, int(std::lround(std::sqrt(double(triangles) / 2.0) / 32.0)) * 32);
-    BenchContext context;
+    ZmfBench::BenchContext context;
 
     std::printf("uv-map, grid of %d x %d cells (%ld triangles), map %d x %d\n", cells, cells, 2L * cells * cells,
                 1 << sideLog, 1 << sideLog);
