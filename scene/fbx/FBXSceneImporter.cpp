@@ -3,6 +3,7 @@
 #include "program/LogChannel.h"
 #include "scene/fbx/AssimpInputGuard.h"
 #include "scene/fbx/AssimpSceneConverter.h"
+#include "scene/load/SubProgress.h"
 
 #include <QFileInfo>
 
@@ -66,23 +67,6 @@ public:
 
 private:
     Core::ProgressInterface* m_progress;
-};
-
-class SubProgress : public Core::ProgressInterface
-{
-public:
-    SubProgress(Core::ProgressInterface* parent, double start, double span)
-        : m_parent(parent), m_start(start), m_span(span)
-    {
-    }
-    void setText(const QString& text) override { m_parent->setText(text); }
-    void setValue(double fraction) override { m_parent->setValue(m_start + m_span * fraction); }
-    bool isCancelled() const override { return m_parent->isCancelled(); }
-
-private:
-    Core::ProgressInterface* m_parent;
-    double m_start;
-    double m_span;
 };
 
 constexpr unsigned ReadFlags = aiProcess_ValidateDataStructure;

@@ -4,6 +4,7 @@
 #include "scene/graph/LocationComponent.h"
 #include "scene/graph/MaterialDefinition.h"
 #include "scene/graph/MeshDisplayComponent.h"
+#include "scene/load/SubProgress.h"
 #include "scene/obj/ObjFileParser.h"
 
 #include <QFileInfo>
@@ -15,24 +16,6 @@ using namespace Ond::SceneGraph;
 namespace {
 
 const char SculptToolMeshName[] = "ZBrushPolyMesh3D";
-
-// Maps a sub-step's 0..1 onto [start, start + span] of the caller's progress.
-class SubProgress : public Core::ProgressInterface
-{
-public:
-    SubProgress(Core::ProgressInterface* parent, double start, double span)
-        : m_parent(parent), m_start(start), m_span(span)
-    {
-    }
-    void setText(const QString& text) override { m_parent->setText(text); }
-    void setValue(double fraction) override { m_parent->setValue(m_start + m_span * fraction); }
-    bool isCancelled() const override { return m_parent->isCancelled(); }
-
-private:
-    Core::ProgressInterface* m_parent;
-    double m_start;
-    double m_span;
-};
 
 QString errorPrefix(int kind)
 {
