@@ -25,21 +25,13 @@ bool CollectMeshDataVisitor::visitMesh(const MeshItem& item)
     if (!uvs)
         uvs = data.getUvSet(0);
 
-    const Eigen::Matrix3f linear = item.transform.topLeftCorner<3, 3>();
-    const Eigen::Vector3f translation = item.transform.topRightCorner<3, 1>();
-    const Eigen::Matrix3f normalMatrix = linear.inverse().transpose();
+    const WorldTransform world(item.transform);
     const uint32_t base = uint32_t(mesh.vertices.size());
     mesh.vertices.resize(mesh.vertices.size() + n);
     CurvatureVertex* out = mesh.vertices.data() + base;
     for (size_t i = 0; i < n; ++i) {
-        out[i].position = linear * (*positions)[i] + translation;
-        Eigen::Vector3f normal = Eigen::Vector3f::Zero();
-        if (normals && normals->size() == n)
-            normal = normalMatrix * (*normals)[i];
-        const float squared = normal.squaredNorm();
-        if (squared > 1e-5f && std::abs(squared - 1.0f) > 0.0001f)
-            normal /= std::sqrt(squared);
-        out[i].normal = normal;
+        out[i].position = world.position((*positions)[i]);
+        out[i].normal = normals && normals->size() == n ? world.normal((*normals)[i]) : Eigen::Vector3f::Zero();
         out[i].uv = uvs && uvs->size() == n ? (*uvs)[i] : Eigen::Vector2f::Zero();
     }
 

@@ -6,7 +6,9 @@
 #include "scene/graph/Scene.h"
 
 #include <Eigen/Core>
+#include <Eigen/LU>
 
+#include <cmath>
 #include <cstdint>
 
 namespace Ond::Baking {
@@ -38,6 +40,33 @@ public:
 protected:
     uint32_t m_meshMask;
     uint32_t m_uvSet;
+};
+
+// A mesh's vertices in world space: positions through its transform, normals
+// through the inverse transpose, brought back to unit length unless zero.
+struct WorldTransform
+{
+    explicit WorldTransform(const Eigen::Matrix4f& transform)
+        : linear(transform.topLeftCorner<3, 3>()),
+          translation(transform.topRightCorner<3, 1>()),
+          normalMatrix(linear.inverse().transpose())
+    {
+    }
+
+    Eigen::Vector3f position(const Eigen::Vector3f& p) const { return linear * p + translation; }
+
+    Eigen::Vector3f normal(const Eigen::Vector3f& n) const
+    {
+        Eigen::Vector3f out = normalMatrix * n;
+        const float squared = out.squaredNorm();
+        if (squared > 1e-5f && std::abs(squared - 1.0f) > 0.0001f)
+            out /= std::sqrt(squared);
+        return out;
+    }
+
+    Eigen::Matrix3f linear;
+    Eigen::Vector3f translation;
+    Eigen::Matrix3f normalMatrix;
 };
 
 // World-space box of the selected meshes' vertices. Empty: minimum above

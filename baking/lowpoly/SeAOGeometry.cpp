@@ -41,21 +41,15 @@ bool CollectMeshDataVisitor::visitMesh(const MeshItem& item)
     if (!uvs)
         uvs = data.getUvSet(0);
 
-    const Eigen::Matrix3f linear = item.transform.topLeftCorner<3, 3>();
-    const Eigen::Vector3f translation = item.transform.topRightCorner<3, 1>();
-    const Eigen::Matrix3f normalMatrix = linear.inverse().transpose();
+    const WorldTransform world(item.transform);
     const float normalSign = m_invert ? -1.0f : 1.0f;
     const uint32_t base = uint32_t(geometry.vertices.size());
     geometry.vertices.reserve(geometry.vertices.size() + n);
     for (size_t i = 0; i < n; ++i) {
         Vertex v;
-        v.position = linear * positions[i] + translation;
-        Eigen::Vector3f normal = Eigen::Vector3f::Zero();
-        if (normals && normals->size() > i)
-            normal = normalMatrix * (*normals)[i];
-        const float squared = normal.squaredNorm();
-        if (squared > 1e-5f && std::abs(squared - 1.0f) > 0.0001f)
-            normal /= std::sqrt(squared);
+        v.position = world.position(positions[i]);
+        const Eigen::Vector3f normal =
+            normals && normals->size() > i ? world.normal((*normals)[i]) : Eigen::Vector3f::Zero();
         v.normal = normal * normalSign;
         v.uv = uvs && uvs->size() > i ? (*uvs)[i] : Eigen::Vector2f::Zero();
         geometry.boxMinimum = geometry.boxMinimum.cwiseMin(v.position);
