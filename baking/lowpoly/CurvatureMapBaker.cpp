@@ -11,6 +11,7 @@
 #include "baking/lowpoly/NormalWSMapBaker.h"
 #include "baking/lowpoly/PostProcess.h"
 #include "baking/lowpoly/SourceMap.h"
+#include "baking/lowpoly/Texture.h"
 
 #include <GL/glew.h>
 
@@ -43,13 +44,7 @@ std::array<float, 4> curvatureWindow(const std::array<float, 4>& window, const s
 
 unsigned makeTexture(GLint internalFormat, GLenum format, int width, int height, const float* data, GLint filter)
 {
-    GLuint texture = 0;
-    glGenTextures(1, &texture);
-    glBindTexture(GL_TEXTURE_2D, texture);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, filter);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, filter);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    const unsigned texture = bindNewTexture2D(filter);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
     glTexImage2D(GL_TEXTURE_2D, 0, internalFormat, width, height, 0, format, GL_FLOAT, data);
     glBindTexture(GL_TEXTURE_2D, 0);

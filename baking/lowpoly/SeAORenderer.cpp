@@ -3,6 +3,7 @@
 #include "baking/lowpoly/GLProgram.h"
 #include "baking/lowpoly/GLSLSource.h"
 #include "baking/lowpoly/GLTileTarget.h"
+#include "baking/lowpoly/Texture.h"
 #include "program/LogChannel.h"
 
 #include <GL/glew.h>
@@ -32,13 +33,7 @@ int64_t microsecondsSince(Clock::time_point start)
 
 GLuint makeTexture(GLint internalFormat, int width, int height, GLenum format, const float* data)
 {
-    GLuint texture = 0;
-    glGenTextures(1, &texture);
-    glBindTexture(GL_TEXTURE_2D, texture);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    const GLuint texture = bindNewTexture2D(GL_NEAREST);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, 0);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
     glTexImage2D(GL_TEXTURE_2D, 0, internalFormat, width, height, 0, format, GL_FLOAT, data);

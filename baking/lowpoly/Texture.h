@@ -19,6 +19,10 @@ struct TextureFormat
     static TextureFormat of(Surfaces::PixelFormat pixelFormat);
 };
 
+// A new texture name, bound to GL_TEXTURE_2D, filtered with filter both ways
+// and clamped to edge.
+unsigned bindNewTexture2D(int filter);
+
 struct Texture
 {
     unsigned name = 0;
