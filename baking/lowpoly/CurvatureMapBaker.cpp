@@ -422,29 +422,17 @@ Surfaces::SurfaceSPtr CurvatureMapBaker::process(AbstractBakingContext& context,
             const int columns = outputGrid.columns();
             const int rows = outputGrid.rowCount();
             if (stage.prepare() && columns > 0 && rows > 0) {
-                context.progressBegin(trBaking("Curvature map computation"));
-                bool cancelled = false;
-                for (int r = 0; r < rows && !cancelled; ++r) {
-                    for (int c = 0; c < columns; ++c) {
-                        context.progressValue(double(r * columns + c) / double(columns * rows));
-                        if (context.isCancelled()) {
-                            cancelled = true;
-                            break;
-                        }
-                        // r counts from the bottom of the map, the grids from the top.
-                        const int gridRow = rows - 1 - r;
-                        const auto window = curvatureWindow(outputGrid.window(c, r), parameters.uvTile);
-                        if (perVertex) {
-                            stage.drawTile(outputGrid.tile(c, gridRow), window, nullptr, {});
-                        } else {
-                            const auto mapWindow = curvatureWindow(mapGrid.window(c, r), parameters.uvTile);
-                            stage.drawTile(outputGrid.tile(c, gridRow), window, mapGrid.tile(c, gridRow).get(),
-                                           mapWindow);
-                        }
-                    }
-                }
-                context.progressValue(1.0);
-                context.progressEnd();
+                forEachTile(context, trBaking("Curvature map computation"), columns, rows,
+                            [&](int c, int r, int gridRow) {
+                                const auto window = curvatureWindow(outputGrid.window(c, r), parameters.uvTile);
+                                if (perVertex) {
+                                    stage.drawTile(outputGrid.tile(c, gridRow), window, nullptr, {});
+                                } else {
+                                    const auto mapWindow = curvatureWindow(mapGrid.window(c, r), parameters.uvTile);
+                                    stage.drawTile(outputGrid.tile(c, gridRow), window,
+                                                   mapGrid.tile(c, gridRow).get(), mapWindow);
+                                }
+                            });
             }
             glFinish();
             m_timings.passes = millisecondsSince(passesStart);

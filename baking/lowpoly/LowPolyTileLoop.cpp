@@ -34,6 +34,26 @@ void buildSourceGrids(const Surfaces::SurfaceSPtr& output, const Surfaces::Surfa
     outputGrid = SurfaceTileGrid(output, x.outputTile, y.outputTile, 0, 0);
 }
 
+bool forEachTile(AbstractBakingContext& context, const QString& label, int columns, int rows,
+                 const std::function<void(int column, int row, int gridRow)>& drawTile)
+{
+    context.progressBegin(label);
+    bool cancelled = false;
+    for (int r = 0; r < rows && !cancelled; ++r) {
+        for (int c = 0; c < columns; ++c) {
+            context.progressValue(double(r * columns + c) / double(columns * rows));
+            if (context.isCancelled()) {
+                cancelled = true;
+                break;
+            }
+            drawTile(c, r, rows - 1 - r);
+        }
+    }
+    context.progressValue(1.0);
+    context.progressEnd();
+    return !cancelled;
+}
+
 bool runTileLoop(AbstractBakingContext& context, const SceneGraph::Scene& scene, LowPolyPass& pass,
                  const SurfaceTileGrid& outputGrid, const SurfaceTileGrid* sourceGrid)
 {
@@ -44,51 +64,36 @@ bool runTileLoop(AbstractBakingContext& context, const SceneGraph::Scene& scene,
     const bool withSource = sourceGrid && sourceGrid->columns() == columns && sourceGrid->rowCount() == rows
         && pass.samplerName;
 
-    context.progressBegin(pass.label);
-    bool cancelled = false;
-    // r counts tile rows from the bottom of the map, as UV space does; the
-    // grids count from the top.
-    for (int r = 0; r < rows && !cancelled; ++r) {
-        for (int c = 0; c < columns; ++c) {
-            context.progressValue(double(r * columns + c) / double(columns * rows));
-            if (context.isCancelled()) {
-                cancelled = true;
-                break;
-            }
-            const int gridRow = rows - 1 - r;
-            const Surfaces::SurfaceSPtr& tile = outputGrid.tile(c, gridRow);
+    return forEachTile(context, pass.label, columns, rows, [&](int c, int r, int gridRow) {
+        const Surfaces::SurfaceSPtr& tile = outputGrid.tile(c, gridRow);
 
-            pass.program->bind();
-            unsigned texture = 0;
-            if (withSource) {
-                texture = uploadTexture(*sourceGrid->tile(c, gridRow), pass.linearSource, true);
-                pass.parameters.sourceWindow = sourceGrid->window(c, r);
-            }
-            pass.parameters.uvWindow = outputGrid.window(c, r);
-            if (pass.setUniforms)
-                pass.setUniforms(*pass.program);
-
-            GLTileTarget target(int(tile->width()), int(tile->height()));
-            if (target.isValid()) {
-                drawSceneTile(pass.parameters, scene, *pass.program, target, pass.windowForm,
-                              withSource ? pass.sourceWindowName : nullptr, texture,
-                              withSource ? pass.samplerName : nullptr, pass.sceneCache);
-                Surfaces::Surface pixels(Surfaces::SurfaceDesc(tile->width(), tile->height(),
-                                                               Surfaces::PixelFormat::RGBA32F));
-                if (readBack(target.framebuffer(), pixels)) {
-                    pixels.flipVertical();
-                    Surfaces::blit(pixels, *tile, 0, 0);
-                }
-            }
-            if (pass.parameters.tileCallback)
-                context.tileOutput(tile, c, gridRow, false);
-            deleteTexture(texture);
-            GLProgram::release();
+        pass.program->bind();
+        unsigned texture = 0;
+        if (withSource) {
+            texture = uploadTexture(*sourceGrid->tile(c, gridRow), pass.linearSource, true);
+            pass.parameters.sourceWindow = sourceGrid->window(c, r);
         }
-    }
-    context.progressValue(1.0);
-    context.progressEnd();
-    return !cancelled;
+        pass.parameters.uvWindow = outputGrid.window(c, r);
+        if (pass.setUniforms)
+            pass.setUniforms(*pass.program);
+
+        GLTileTarget target(int(tile->width()), int(tile->height()));
+        if (target.isValid()) {
+            drawSceneTile(pass.parameters, scene, *pass.program, target, pass.windowForm,
+                          withSource ? pass.sourceWindowName : nullptr, texture,
+                          withSource ? pass.samplerName : nullptr, pass.sceneCache);
+            Surfaces::Surface pixels(Surfaces::SurfaceDesc(tile->width(), tile->height(),
+                                                           Surfaces::PixelFormat::RGBA32F));
+            if (readBack(target.framebuffer(), pixels)) {
+                pixels.flipVertical();
+                Surfaces::blit(pixels, *tile, 0, 0);
+            }
+        }
+        if (pass.parameters.tileCallback)
+            context.tileOutput(tile, c, gridRow, false);
+        deleteTexture(texture);
+        GLProgram::release();
+    });
 }
 
 void finishLowPolyMap(AbstractBakingContext& context, Surfaces::SurfaceSPtr& surface, int dilationWidth,

@@ -44,6 +44,13 @@ struct LowPolyPass
     std::function<void(GLProgram&)> setUniforms;
 };
 
+// Calls drawTile for each tile of a columns x rows grid under a progress
+// bar named label, row 0 at the bottom of the map as UV space has it;
+// gridRow is the same row counted from the top, as the grids count. Returns
+// false when the context was cancelled.
+bool forEachTile(AbstractBakingContext& context, const QString& label, int columns, int rows,
+                 const std::function<void(int column, int row, int gridRow)>& drawTile);
+
 // Runs the loop over the output grid, with the source grid's tiles bound as
 // texture when given. The grids' row 0 is the top of the map. Returns false
 // when the context was cancelled; the tiles done so far stay in the output.
