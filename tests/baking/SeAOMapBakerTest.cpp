@@ -45,6 +45,16 @@ SceneSPtr makeCube()
     return makeScene(v, indices);
 }
 
+// The cube's elements as the occlusion passes take them: normals turned in,
+// in the unit frame.
+SeAO::Geometry unitCubeGeometry()
+{
+    SeAO::CollectMeshDataVisitor collect(2u, 0, true);
+    collect.walk(*makeCube());
+    collect.geometry.normalizeToUnitFrame();
+    return std::move(collect.geometry);
+}
+
 struct Coverage
 {
     int covered = 0;
@@ -221,13 +231,9 @@ TEST_F(SeAOBake, ACancelledBakeStopsBeforeTheTilesAndSkipsThePostProcess)
 
 TEST(SeAORenderer, ElementPassesOscillateInAClosedBoxAndTheBlendDampsThem)
 {
-    const SceneSPtr cube = makeCube();
+    const SeAO::Geometry geometry = unitCubeGeometry();
+    const SeAO::SurfaceElementTree tree = SeAO::SurfaceElementTree::build(geometry);
     inGL([&] {
-        SeAO::CollectMeshDataVisitor collect(2u, 0, true);
-        collect.walk(*cube);
-        SeAO::Geometry& geometry = collect.geometry;
-        geometry.normalizeToUnitFrame();
-        const SeAO::SurfaceElementTree tree = SeAO::SurfaceElementTree::build(geometry);
         for (uint32_t passes : {1u, 2u, 3u}) {
             SeAOParameters p = SeAOParameters::forQuality(1);
             p.occlusionPasses = passes;
@@ -249,13 +255,9 @@ TEST(SeAORenderer, ElementPassesOscillateInAClosedBoxAndTheBlendDampsThem)
 
 TEST(SeAORenderer, WalksCutIntoShortPassesEndWhereOneLongPassEnds)
 {
-    const SceneSPtr cube = makeCube();
+    const SeAO::Geometry geometry = unitCubeGeometry();
+    const SeAO::SurfaceElementTree tree = SeAO::SurfaceElementTree::build(geometry);
     inGL([&] {
-        SeAO::CollectMeshDataVisitor collect(2u, 0, true);
-        collect.walk(*cube);
-        SeAO::Geometry& geometry = collect.geometry;
-        geometry.normalizeToUnitFrame();
-        const SeAO::SurfaceElementTree tree = SeAO::SurfaceElementTree::build(geometry);
         SeAORenderer renderer(geometry, tree, SeAOParameters::forQuality(2));
         renderer.solveElementOcclusion();
 
