@@ -78,24 +78,14 @@ TEST(AmbientOcclusionReference, BoxOcclusionCorrelatesWithTheReferenceBake)
     const HalfSize half = halve(mask, ref);
     const std::vector<char> inner = BoxPair::erode(half.covered, int(half.size), int(half.size), 2);
 
-    double n = 0, sa = 0, sb = 0, saa = 0, sbb = 0, sab = 0;
+    BoxPair::Correlation correlation;
     for (unsigned y = 0; y < half.size; ++y)
-        for (unsigned x = 0; x < half.size; ++x) {
-            if (!inner[size_t(y) * half.size + x])
-                continue;
-            const double a = baked->pixel<float>(x, y)[0], b = half.value[size_t(y) * half.size + x];
-            n += 1;
-            sa += a;
-            sb += b;
-            saa += a * a;
-            sbb += b * b;
-            sab += a * b;
-        }
-    ASSERT_GT(n, 100000.0);
-    const double cov = sab / n - (sa / n) * (sb / n);
-    const double va = saa / n - (sa / n) * (sa / n), vb = sbb / n - (sb / n) * (sb / n);
-    const double pearson = cov / std::sqrt(va * vb);
-    std::cout << "AO against the reference (512, 64 rays): Pearson " << pearson << " over " << n
-              << " texels, means " << sa / n << " / " << sb / n << std::endl;
+        for (unsigned x = 0; x < half.size; ++x)
+            if (inner[size_t(y) * half.size + x])
+                correlation.add(baked->pixel<float>(x, y)[0], half.value[size_t(y) * half.size + x]);
+    ASSERT_GT(correlation.n, 100000.0);
+    const double pearson = correlation.pearson();
+    std::cout << "AO against the reference (512, 64 rays): Pearson " << pearson << " over " << correlation.n
+              << " texels, means " << correlation.meanA() << " / " << correlation.meanB() << std::endl;
     EXPECT_GE(pearson, 0.9);
 }

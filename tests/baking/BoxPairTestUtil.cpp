@@ -62,6 +62,25 @@ std::vector<char> referenceIslands()
     return inside;
 }
 
+QStringList referenceOptions()
+{
+    return {QStringLiteral("--output-size"), QStringLiteral("10,10"),
+            QStringLiteral("--relative-to-bbox"), QStringLiteral("false"),
+            QStringLiteral("--max-frontal"), QStringLiteral("0.1"),
+            QStringLiteral("--max-rear"), QStringLiteral("0.1"),
+            QStringLiteral("--average-normals"), QStringLiteral("false"),
+            QStringLiteral("--ignore-backface"), QStringLiteral("false"),
+            QStringLiteral("--dilation-width"), QStringLiteral("0"),
+            QStringLiteral("--apply-diffusion"), QStringLiteral("false"),
+            QStringLiteral("--output-format"), QStringLiteral("tif")};
+}
+
+double Correlation::pearson() const
+{
+    const double cov = sab / n - (sa / n) * (sb / n);
+    return cov / std::sqrt((saa / n - (sa / n) * (sa / n)) * (sbb / n - (sb / n) * (sb / n)));
+}
+
 std::vector<char> erode(const std::vector<char>& inside, int w, int h, int radius)
 {
     std::vector<char> out(inside.size(), 0);

@@ -22,24 +22,10 @@ using Ond::Surfaces::SurfaceSPtr;
 
 namespace {
 
-// Sides as powers of two: 1024 by 1024.
-const QString kSize = QStringLiteral("10,10");
-
-// The reference's set-up: rays from 0.1 in front of the low surface reaching
-// 0.1 behind it along the mesh's own normals, first hit whatever its facing,
-// no dilation.
 QStringList referenceOptions()
 {
-    return {QStringLiteral("--highdef-mesh"), BoxPair::testFile(QStringLiteral("box_high.obj")),
-            QStringLiteral("--output-size"), kSize,
-            QStringLiteral("--relative-to-bbox"), QStringLiteral("false"),
-            QStringLiteral("--max-frontal"), QStringLiteral("0.1"),
-            QStringLiteral("--max-rear"), QStringLiteral("0.1"),
-            QStringLiteral("--average-normals"), QStringLiteral("false"),
-            QStringLiteral("--ignore-backface"), QStringLiteral("false"),
-            QStringLiteral("--dilation-width"), QStringLiteral("0"),
-            QStringLiteral("--apply-diffusion"), QStringLiteral("false"),
-            QStringLiteral("--output-format"), QStringLiteral("tif")};
+    return QStringList{QStringLiteral("--highdef-mesh"), BoxPair::testFile(QStringLiteral("box_high.obj"))}
+        << BoxPair::referenceOptions();
 }
 
 SurfaceSPtr reference(const char* name)

@@ -32,19 +32,6 @@ using Ond::Surfaces::SurfaceSPtr;
 
 namespace {
 
-QStringList commonOptions()
-{
-    return {QStringLiteral("--output-size"), QStringLiteral("10,10"),
-            QStringLiteral("--relative-to-bbox"), QStringLiteral("false"),
-            QStringLiteral("--max-frontal"), QStringLiteral("0.1"),
-            QStringLiteral("--max-rear"), QStringLiteral("0.1"),
-            QStringLiteral("--average-normals"), QStringLiteral("false"),
-            QStringLiteral("--ignore-backface"), QStringLiteral("false"),
-            QStringLiteral("--dilation-width"), QStringLiteral("0"),
-            QStringLiteral("--apply-diffusion"), QStringLiteral("false"),
-            QStringLiteral("--output-format"), QStringLiteral("tif")};
-}
-
 struct Bake
 {
     const char* name;
@@ -69,7 +56,7 @@ SurfaceSPtr bake(const Bake& what, const QString& low, const QString& high, QStr
 {
     const QString dir = ZmfTest::makeTempDir();
     QStringList args{what.baker, low, QStringLiteral("--highdef-mesh"), high};
-    args << commonOptions() << what.options << QStringLiteral("--output-path") << dir;
+    args << BoxPair::referenceOptions() << what.options << QStringLiteral("--output-path") << dir;
     const ZmfTest::ProcessResult result = ZmfTest::runZmfbaker(args);
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     if (log)

@@ -45,22 +45,13 @@ std::vector<char> innerTexels(unsigned size)
 
 double pearson(const SurfaceSPtr& a, const SurfaceSPtr& b, const std::vector<char>& inside, double* count)
 {
-    double n = 0, sa = 0, sb = 0, saa = 0, sbb = 0, sab = 0;
+    BoxPair::Correlation correlation;
     for (unsigned y = 0; y < a->height(); ++y)
-        for (unsigned x = 0; x < a->width(); ++x) {
-            if (!inside[size_t(y) * a->width() + x])
-                continue;
-            const double u = a->pixel<float>(x, y)[0], v = b->pixel<float>(x, y)[0];
-            n += 1;
-            sa += u;
-            sb += v;
-            saa += u * u;
-            sbb += v * v;
-            sab += u * v;
-        }
-    *count = n;
-    const double cov = sab / n - (sa / n) * (sb / n);
-    return cov / std::sqrt((saa / n - (sa / n) * (sa / n)) * (sbb / n - (sb / n) * (sb / n)));
+        for (unsigned x = 0; x < a->width(); ++x)
+            if (inside[size_t(y) * a->width() + x])
+                correlation.add(a->pixel<float>(x, y)[0], b->pixel<float>(x, y)[0]);
+    *count = correlation.n;
+    return correlation.pearson();
 }
 
 } // namespace
