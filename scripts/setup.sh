@@ -7,7 +7,7 @@ packages=(
   # toolchain
   g++ make cmake pkg-config
   # libraries
-  qt6-base-dev libqt6opengl6-dev libqt6svg6-dev qt6-base-dev-tools
+  qt6-base-dev libqt6opengl6-dev qt6-svg-dev qt6-base-dev-tools
   libglew-dev libegl-dev libgl-dev
   libembree-dev libfreeimage-dev libjsoncpp-dev libboost-graph-dev libeigen3-dev
   # headless OpenGL at run time
