@@ -5,6 +5,9 @@
 #include <QRandomGenerator>
 #include <QRegularExpression>
 
+#include <array>
+#include <atomic>
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
@@ -38,6 +41,54 @@ bool syncToDisk(const QString& path)
     return synced;
 }
 
+// Temporary files being written, so that a job ended by SIGTERM, SIGINT or
+// SIGHUP leaves none behind (SIGKILL can't be caught; its leftovers are only
+// hidden). The handler may run at any moment: it reads the slots, unlinks and
+// re-raises, nothing else.
+constexpr size_t Slots = 16;
+std::array<std::atomic<const char*>, Slots> pendingPaths{};
+
+void removePendingAndDie(int signal)
+{
+    for (auto& slot : pendingPaths)
+        if (const char* path = slot.load())
+            ::unlink(path);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+void installCleanupHandlers()
+{
+    static const bool installed = [] {
+        for (int signal : {SIGTERM, SIGINT, SIGHUP}) {
+            struct sigaction current {};
+            // A handler someone else installed stays.
+            if (::sigaction(signal, nullptr, &current) == 0 && current.sa_handler == SIG_DFL)
+                std::signal(signal, removePendingAndDie);
+        }
+        return true;
+    }();
+    (void)installed;
+}
+
+void registerPending(const char* path)
+{
+    for (auto& slot : pendingPaths) {
+        const char* empty = nullptr;
+        if (slot.compare_exchange_strong(empty, path))
+            return;
+    }
+}
+
+void unregisterPending(const char* path)
+{
+    for (auto& slot : pendingPaths) {
+        const char* expected = path;
+        if (slot.compare_exchange_strong(expected, nullptr))
+            return;
+    }
+}
+
 } // namespace
 
 AtomicFileWriter::AtomicFileWriter(const QString& finalPath)
@@ -58,8 +109,12 @@ bool AtomicFileWriter::open(QIODevice::OpenMode extraMode)
     // A name taken by another writer of the same file is simply drawn again.
     for (int attempt = 0; attempt < 8; ++attempt) {
         m_file.setFileName(temporaryNameFor(m_finalPath));
+        m_encodedTemporaryPath = QFile::encodeName(m_file.fileName());
+        installCleanupHandlers();
+        registerPending(m_encodedTemporaryPath.constData());
         if (m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | extraMode))
             return true;
+        unregisterPending(m_encodedTemporaryPath.constData());
         if (m_file.error() != QFileDevice::OpenError || QFileInfo::exists(m_file.fileName()) == false)
             break;
     }
@@ -88,11 +143,11 @@ bool AtomicFileWriter::commit()
     if (previous.isFile())
         QFile::setPermissions(m_file.fileName(), previous.permissions());
     if (!syncToDisk(m_file.fileName())
-        || std::rename(QFile::encodeName(m_file.fileName()).constData(), QFile::encodeName(m_finalPath).constData())
-            != 0) {
+        || std::rename(m_encodedTemporaryPath.constData(), QFile::encodeName(m_finalPath).constData()) != 0) {
         discard();
         return false;
     }
+    unregisterPending(m_encodedTemporaryPath.constData());
     m_committed = true;
     return true;
 }
@@ -104,6 +159,7 @@ void AtomicFileWriter::discard()
     if (m_file.isOpen())
         m_file.close();
     QFile::remove(m_file.fileName());
+    unregisterPending(m_encodedTemporaryPath.constData());
     m_file.setFileName(QString());
 }
 

@@ -39,6 +39,8 @@ public:
 private:
     QString m_finalPath;
     QFile m_file;
+    // Kept for the signal handler, which may not build strings.
+    QByteArray m_encodedTemporaryPath;
     bool m_committed = false;
 };
 

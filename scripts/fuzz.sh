@@ -41,8 +41,9 @@ for t in "${targets[@]}"; do
   dict=()
   [ -f "tests/fuzz/$t.dict" ] && dict=(-dict="tests/fuzz/$t.dict")
   echo "== $t: ${seconds}s"
-  # 10 s per input is a hang; 2 GiB of memory is a runaway allocation.
-  if ! nice -n 19 "$exe" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -malloc_limit_mb=2048 \
+  # 10 s per input is a hang (FUZZ_TIMEOUT raises it on a loaded machine);
+  # 2 GiB of memory is a runaway allocation.
+  if ! nice -n 19 "$exe" -max_total_time="$seconds" -timeout="${FUZZ_TIMEOUT:-10}" -rss_limit_mb=2048 -malloc_limit_mb=2048 \
       -print_final_stats=1 -artifact_prefix="$artifacts" "${dict[@]}" "$work" "tests/fuzz/corpus/$t" \
       2>"build-fuzz/$t.log"; then
     status=1
