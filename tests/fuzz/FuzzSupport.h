@@ -2,11 +2,13 @@
 // What every fuzz target needs: a quiet process and scratch files for the
 // readers that only take a path.
 
+#include <QBuffer>
 #include <QByteArray>
 #include <QString>
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 namespace Fuzz {
 
@@ -29,6 +31,28 @@ template <typename SurfacePtr> void touchRows(const SurfacePtr& surface)
         const uint8_t* row = surface->row(y);
         sink = sink + row[0] + row[surface->rowBytes() - 1];
     }
+}
+
+// One codec's reader on the input; whatever it accepts must write and
+// read back at the same size, or the target aborts.
+template <typename Codec, typename SurfacePtr> int roundTrip(const uint8_t* data, size_t size, const char* suffix)
+{
+    QByteArray bytes(reinterpret_cast<const char*>(data), qsizetype(size));
+    QBuffer buffer(&bytes);
+    SurfacePtr surface;
+    if (!Codec(&buffer, suffix).read(surface) || !surface || surface->isEmpty())
+        return 0;
+    touchRows(surface);
+    QBuffer out;
+    if (!Codec(&out, suffix).write(surface))
+        return 0;
+    QByteArray written = out.data();
+    QBuffer again(&written);
+    SurfacePtr back;
+    if (!Codec(&again, suffix).read(back) || !back || back->width() != surface->width()
+        || back->height() != surface->height())
+        std::abort();
+    return 0;
 }
 
 } // namespace Fuzz
