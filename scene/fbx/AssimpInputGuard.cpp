@@ -57,6 +57,8 @@ bool plyHeaderSound(const char* data, size_t size)
 // that stops moving on any character that is neither a digit nor a blank.
 bool colladaIndexListsClean(const char* data, size_t size)
 {
+    if (size == 0)
+        return true; // nothing to misread; the reader refuses it itself
     const char* end = data + size;
     for (const char* at = static_cast<const char*>(std::memchr(data, '<', size)); at;
          at = static_cast<const char*>(std::memchr(at + 1, '<', size_t(end - at - 1)))) {
