@@ -277,11 +277,11 @@ int main(int argc, char** argv)
     const unsigned n = unsigned(std::lround(std::sqrt(millions * 1e6 / 2.0))) + 1;
     const double triangles = 2.0 * double(n - 1) * double(n - 1);
     const QString tempRoot = QDir::tempPath();
-    // About 43 bytes of text per triangle; the process peaked at 171 bytes
-    // per triangle at 16 M (mesh, the ray tracer's copy, Embree's tree). A
-    // quarter more stays free: the machine is shared.
+    // About 43 bytes of text per triangle; a normal map peaked at 142 bytes
+    // per triangle at 16 M (mesh, the ray tracer's copy, Embree's compact
+    // tree). A quarter more stays free: the machine is shared.
     const double diskNeeded = triangles * 43.0 + 64e6;
-    const double memoryNeeded = (triangles * 180.0 + 2e9) * 1.25;
+    const double memoryNeeded = (triangles * 150.0 + 2e9) * 1.25;
     const double diskFree = double(QStorageInfo(tempRoot).bytesAvailable());
     const double memoryFree = double(availableMemoryBytes());
     std::printf("high mesh: %.1f M triangles (%u x %u vertices), map %d x %d; needs about %.1f GB of disk (%.1f free "

@@ -109,6 +109,19 @@ RTCBuildQuality buildQualityFor(double rays, size_t triangles)
     return rays < RaysPerTriangle * double(triangles) ? RTC_BUILD_QUALITY_LOW : RTC_BUILD_QUALITY_MEDIUM;
 }
 
+RTCSceneFlags sceneFlagsFor(RTCBuildQuality quality)
+{
+    // The compact layout keeps vertex indices in the leaves instead of
+    // copies of the vertices: on 16 M triangles the process peaks 0.7 GiB
+    // lower and builds in half the time (most of a build is the kernel
+    // clearing fresh pages), while rays run about a third slower. That is
+    // the quick build's trade: few rays per triangle.
+    int flags = RTC_SCENE_FLAG_ROBUST | RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION;
+    if (quality == RTC_BUILD_QUALITY_LOW)
+        flags |= RTC_SCENE_FLAG_COMPACT;
+    return RTCSceneFlags(flags);
+}
+
 EmbreeScene::EmbreeScene(std::shared_ptr<const GrabbedMesh> mesh, RTCBuildQuality quality)
     : m_mesh(std::move(mesh))
     , m_quality(quality)
@@ -122,7 +135,7 @@ EmbreeScene::EmbreeScene(std::shared_ptr<const GrabbedMesh> mesh, RTCBuildQualit
     m_scene = rtcNewScene(dev);
     if (!m_scene)
         throw ErrorCode::OutOfMemory;
-    rtcSetSceneFlags(m_scene, RTCSceneFlags(RTC_SCENE_FLAG_ROBUST | RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION));
+    rtcSetSceneFlags(m_scene, sceneFlagsFor(quality));
     rtcSetSceneBuildQuality(m_scene, quality);
 
     if (m_mesh->triangleCount > 0) {

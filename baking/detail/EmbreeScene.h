@@ -86,6 +86,9 @@ private:
     mutable std::vector<float> m_vertexCurvature;
 };
 
+// The scene flags a tree of that quality is built with.
+RTCSceneFlags sceneFlagsFor(RTCBuildQuality quality);
+
 // Rays the job casts: one per sample, and the secondary rays of each for
 // the kinds that cast them.
 double rayBudget(const DetailBakeJob& job);

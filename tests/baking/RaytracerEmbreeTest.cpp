@@ -341,9 +341,12 @@ TEST(RaytracerEmbreeTest, TreeQualityFollowsTheRayBudget)
     const BakeResult quick = trace(few, raster, jobOver(high, 4, 1, nullptr));
     ASSERT_TRUE(few.scene());
     EXPECT_EQ(few.scene()->buildQuality(), RTC_BUILD_QUALITY_LOW);
+    EXPECT_TRUE(rtcGetSceneFlags(few.scene()->handle()) & RTC_SCENE_FLAG_COMPACT);
     RaytracerEmbree many;
     const BakeResult better = trace(many, raster, jobOver(high, 64, 1, nullptr));
     EXPECT_EQ(many.scene()->buildQuality(), RTC_BUILD_QUALITY_MEDIUM);
+    EXPECT_FALSE(rtcGetSceneFlags(many.scene()->handle()) & RTC_SCENE_FLAG_COMPACT);
+    EXPECT_TRUE(rtcGetSceneFlags(many.scene()->handle()) & RTC_SCENE_FLAG_ROBUST);
     // The top plate at the same distance, whatever the tree.
     for (unsigned y = 0; y < 4; ++y)
         for (unsigned x = 0; x < 4; ++x) {
