@@ -474,6 +474,7 @@ void ObjFileParser::computeNormals()
             normal /= length;
     }
     m_result.hasNormals = true;
+    m_normalsComputed = true;
 }
 
 void ObjFileParser::reindex()
@@ -482,7 +483,13 @@ void ObjFileParser::reindex()
     size_t triangleCount = 0;
     for (const auto& job : m_jobs)
         triangleCount += job->faces.size();
-    ObjReindexer reindexer(m_result, triangleCount);
+    // Normals computed here follow the positions; without texture
+    // coordinates or smoothing groups a position names its vertex.
+    bool positionKeyed = m_normalsComputed && !m_result.hasTexcoords;
+    for (const auto& job : m_jobs)
+        for (const ObjSmoothingRun& run : job->smoothingRuns)
+            positionKeyed = positionKeyed && run.second == 0;
+    ObjReindexer reindexer(m_result, triangleCount, positionKeyed);
     size_t released = 0;
     for (auto& job : m_jobs) {
         if (m_failed.load())

@@ -65,6 +65,7 @@ private:
 
     QIODevice* m_device;
     const bool m_computeNormals;
+    bool m_normalsComputed = false;
 
     ObjErrorList m_errors;
     std::atomic<bool> m_notExportedBySculptTool{true};

@@ -2,9 +2,10 @@
 
 namespace Ond::SceneLoad {
 
-ObjReindexer::ObjReindexer(const ObjParseResult& result, size_t triangleCount)
+ObjReindexer::ObjReindexer(const ObjParseResult& result, size_t triangleCount, bool positionKeyed)
     : m_result(result)
     , m_withColors(result.colors.size() > 1)
+    , m_positionKeyed(positionKeyed)
     , m_triangleCount(triangleCount)
 {
     const QStringList& names = !result.objects.isEmpty() ? result.objects : result.groups;
@@ -16,8 +17,10 @@ ObjReindexer::ObjReindexer(const ObjParseResult& result, size_t triangleCount)
             m_meshes[static_cast<size_t>(i)].name = names[i];
     }
 
+    m_positionKeyed = m_positionKeyed && m_meshes.size() == 1 && !result.hasTexcoords;
     m_heads.assign(result.positions.size(), 0u);
-    m_entries.reserve(result.positions.size());
+    if (!m_positionKeyed)
+        m_entries.reserve(result.positions.size());
     m_entries.push_back(Entry{});
 
     if (m_meshes.size() == 1) {
@@ -77,6 +80,15 @@ void ObjReindexer::selectSubMesh()
 uint32_t ObjReindexer::vertexIndex(const ObjFaceVertex& corner)
 {
     uint32_t& head = m_heads[static_cast<size_t>(corner.position)];
+    if (m_positionKeyed) {
+        // Sculpts: no chain to walk and no entry per vertex, in the order
+        // the chains would have given.
+        if (head != 0)
+            return head - 1;
+        const uint32_t index = addVertex(corner);
+        head = index + 1;
+        return index;
+    }
     for (uint32_t e = head; e != 0;) {
         const Entry& entry = m_entries[e];
         if (entry.texcoord == corner.texcoord && entry.normal == corner.normal
@@ -84,7 +96,14 @@ uint32_t ObjReindexer::vertexIndex(const ObjFaceVertex& corner)
             return entry.index;
         e = entry.next;
     }
+    const uint32_t index = addVertex(corner);
+    m_entries.push_back(Entry{corner.texcoord, corner.normal, m_smoothing, m_mesh, index, head});
+    head = static_cast<uint32_t>(m_entries.size() - 1);
+    return index;
+}
 
+uint32_t ObjReindexer::addVertex(const ObjFaceVertex& corner)
+{
     ObjMesh& mesh = m_meshes[m_mesh];
     const uint32_t index = static_cast<uint32_t>(mesh.positions.size());
     mesh.positions.push_back(m_result.positions[static_cast<size_t>(corner.position)]);
@@ -94,9 +113,6 @@ uint32_t ObjReindexer::vertexIndex(const ObjFaceVertex& corner)
         mesh.normals.push_back(m_result.normals[static_cast<size_t>(corner.normal)]);
     if (m_result.hasTexcoords)
         mesh.texcoords.push_back(m_result.texcoords[static_cast<size_t>(corner.texcoord)]);
-
-    m_entries.push_back(Entry{corner.texcoord, corner.normal, m_smoothing, m_mesh, index, head});
-    head = static_cast<uint32_t>(m_entries.size() - 1);
     return index;
 }
 

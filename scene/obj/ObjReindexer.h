@@ -15,7 +15,10 @@ class ObjReindexer
 {
 public:
     // `triangleCount`: all triangles of the file, to size a lone submesh once.
-    ObjReindexer(const ObjParseResult& result, size_t triangleCount);
+    // `positionKeyed`: every corner's normal index is its position index, and
+    // there are no texture coordinates, smoothing groups or second mesh, so a
+    // position alone names a vertex (normals computed by the reader).
+    ObjReindexer(const ObjParseResult& result, size_t triangleCount, bool positionKeyed = false);
 
     // Blocks must come in file order; the names state carries from one to the next.
     void addBlock(const ObjParseJob& job);
@@ -39,11 +42,15 @@ private:
     void applyRecord(const ObjGroupRecord& record);
     void selectSubMesh();
     uint32_t vertexIndex(const ObjFaceVertex& corner);
+    uint32_t addVertex(const ObjFaceVertex& corner);
 
     const ObjParseResult& m_result;
     const bool m_withColors;
+    bool m_positionKeyed;
     const size_t m_triangleCount;
     std::vector<ObjMesh> m_meshes;
+    // Per position: the head of its chain, or when position-keyed its
+    // vertex index + 1 (0: none yet).
     std::vector<uint32_t> m_heads;
     std::vector<Entry> m_entries;
     std::map<std::tuple<uint16_t, uint16_t, uint32_t>, std::pair<uint32_t, uint32_t>> m_subMeshes;

@@ -3,6 +3,7 @@
 
 #include "common/TestPaths.h"
 #include "scene/obj/ObjFileParser.h"
+#include "scene/obj/ObjReindexer.h"
 
 #include <QFile>
 
@@ -356,4 +357,52 @@ TEST(ObjFileParser, NumbersMatchStrtofBitForBit)
         std::memcpy(&actualBits, &actual, 4);
         EXPECT_EQ(actualBits, expectedBits) << numbers[i].constData();
     }
+}
+
+TEST(ObjFileParser, PositionKeyedReindexingMatchesTheChains)
+{
+    // Positions only, corners in scattered order, a material switch between
+    // two submeshes and vertex colours: the sculpt path must give the very
+    // vertices and indices of the general one.
+    ObjParseResult result;
+    for (int i = 0; i <= 7; ++i) {
+        result.positions.emplace_back(float(i), float(i * i), 1.0f);
+        result.normals.emplace_back(0.0f, float(i), 1.0f);
+        result.colors.emplace_back(float(i), 0.0f, 0.0f, 1.0f);
+    }
+    result.hasNormals = true;
+    result.materials << QStringLiteral("a") << QStringLiteral("b");
+    ObjParseJob job;
+    const int corners[][3] = {{5, 2, 7}, {2, 5, 1}, {7, 3, 2}, {1, 6, 4}, {4, 6, 5}};
+    for (const auto& c : corners) {
+        ObjTriangle triangle;
+        for (int k = 0; k < 3; ++k)
+            triangle.corners[k] = ObjFaceVertex{c[k], 0, c[k]};
+        job.faces.push_back(triangle);
+    }
+    job.groupRecords.resize(2);
+    job.groupRecords[0].firstFace = 0;
+    job.groupRecords[0].materialId = 0;
+    job.groupRecords[1].firstFace = 3;
+    job.groupRecords[1].materialId = 1;
+
+    ObjReindexer chained(result, job.faces.size(), false);
+    chained.addBlock(job);
+    ObjReindexer keyed(result, job.faces.size(), true);
+    keyed.addBlock(job);
+    const std::vector<ObjMesh> a = chained.takeMeshes();
+    const std::vector<ObjMesh> b = keyed.takeMeshes();
+    ASSERT_EQ(a.size(), 1u);
+    ASSERT_EQ(b.size(), 1u);
+    EXPECT_EQ(a[0].positions, b[0].positions);
+    EXPECT_EQ(a[0].normals, b[0].normals);
+    EXPECT_EQ(a[0].colors, b[0].colors);
+    EXPECT_EQ(a[0].positions.size(), 7u);
+    ASSERT_EQ(a[0].subMeshes.size(), 2u);
+    ASSERT_EQ(b[0].subMeshes.size(), 2u);
+    for (size_t i = 0; i < 2; ++i) {
+        EXPECT_EQ(a[0].subMeshes[i].indices, b[0].subMeshes[i].indices);
+        EXPECT_EQ(a[0].subMeshes[i].material, b[0].subMeshes[i].material);
+    }
+    EXPECT_EQ(b[0].subMeshes[1].indices, (std::vector<uint32_t>{3, 5, 6, 6, 5, 0}));
 }
