@@ -32,6 +32,39 @@ struct BitmapDeleter
 };
 using BitmapPtr = std::unique_ptr<FIBITMAP, BitmapDeleter>;
 
+// The size line of a Radiance file, "-Y <height> +X <width>" after the
+// blank line that ends its header; false if there is none with two positive
+// numbers. The library reads a signed height there and writes scanlines
+// before its bitmap when it is negative.
+bool radianceSize(const QByteArray& head, double& width, double& height)
+{
+    const qsizetype blank = head.indexOf("\n\n");
+    if (!head.startsWith("#?") || blank < 0)
+        return false;
+    const char* p = head.constData() + blank + 2;
+    const char* const end = head.constData() + head.size();
+    auto blanks = [&] {
+        while (p < end && (*p == ' ' || *p == '\t'))
+            ++p;
+    };
+    auto word = [&](const char* w) {
+        blanks();
+        if (end - p < 2 || p[0] != w[0] || p[1] != w[1])
+            return false;
+        p += 2;
+        return true;
+    };
+    auto number = [&](double& value) {
+        blanks();
+        value = 0.0;
+        const char* first = p;
+        while (p < end && *p >= '0' && *p <= '9' && p - first < 9)
+            value = value * 10.0 + double(*p++ - '0');
+        return p > first && value > 0.0 && (p == end || *p < '0' || *p > '9');
+    };
+    return word("-Y") && number(height) && word("+X") && number(width);
+}
+
 // Replaces `bitmap` by a conversion of it; false if the library gave none.
 bool replaceWith(BitmapPtr& bitmap, FIBITMAP* converted)
 {
@@ -457,6 +490,11 @@ bool FreeimageSurfaceCodec::isPlausibleSize(FREE_IMAGE_FORMAT fif) const
             return false;
         const auto field = [&head](int at) { return qFromLittleEndian<quint32>(head.constData() + at); };
         claimed = double(field(12)) * field(16) * 16.0;
+    } else if (fif == FIF_HDR) {
+        double width = 0.0, height = 0.0;
+        if (!radianceSize(m_device->peek(8192), width, height))
+            return false;
+        claimed = width * height * 12.0;
     } else if (FreeImage_FIFSupportsNoPixels(fif)) {
         FreeimageLibrary* library = FreeimageLibrary::instance();
         BitmapPtr header(

@@ -340,3 +340,33 @@ TEST(TGAGrayscaleCodec, RunLengthPacketsSplitAt128AndRowEnds)
                 ASSERT_EQ(*back->pixel<uint8_t>(x, y), *s->pixel<uint8_t>(x, y)) << x << "," << y;
     }
 }
+
+TEST(CodecRoundTrip, RadianceFilesReadBackAndTheirSizeLineIsChecked)
+{
+    auto s = SurfaceSPtr::create(SurfaceDesc(6, 3, PF::RGB32F));
+    for (uint32_t y = 0; y < 3; ++y)
+        for (uint32_t x = 0; x < 6; ++x)
+            s->writePixel(x, y, Eigen::Vector4f(0.5f * float(x), 4.0f * float(y), 1.0f, 1.0f));
+    const QString path = tempPath("rgbe.hdr");
+    ASSERT_TRUE(writeFile(s, path));
+    const auto back = readFile(path);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->width(), 6u);
+    EXPECT_EQ(back->height(), 3u);
+    EXPECT_NEAR(back->readPixel(5, 2).x(), 2.5f, 0.05f);
+    EXPECT_NEAR(back->readPixel(5, 2).y(), 8.0f, 0.1f);
+
+    // The same file with a negative or missing size is refused.
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray good = file.readAll();
+    ASSERT_TRUE(good.contains("\n-Y 3 +X 6\n"));
+    for (const char* line : {"\n-Y -3 +X 6\n", "\n-Y-3+X 6\n", "\n-Y 3 +X 0\n", "\n+X 6 -Y 3\n", "\n\n"}) {
+        SCOPED_TRACE(line);
+        QByteArray bad = good;
+        bad.replace("\n-Y 3 +X 6\n", line);
+        QBuffer buffer(&bad);
+        SurfaceSPtr surface;
+        EXPECT_FALSE(FreeimageSurfaceCodec(&buffer, "hdr").read(surface));
+    }
+}
