@@ -340,6 +340,9 @@ void ObjFileParser::parseBlocks()
 
     for (std::thread& worker : workers)
         worker.join();
+    // The text blocks are read; their memory serves the reindexing.
+    m_freeBuffers.clear();
+    m_allBuffers.clear();
 }
 
 void ObjFileParser::workerLoop()
@@ -505,7 +508,8 @@ void ObjFileParser::reindex()
             released = 0;
         }
     }
-    m_meshes = reindexer.takeMeshes();
+    ::malloc_trim(0);
+    m_meshes = reindexer.finish(m_result);
     m_result = ObjParseResult();
 }
 

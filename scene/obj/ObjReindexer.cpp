@@ -3,10 +3,14 @@
 namespace Ond::SceneLoad {
 
 ObjReindexer::ObjReindexer(const ObjParseResult& result, size_t triangleCount, bool positionKeyed)
-    : m_result(result)
-    , m_withColors(result.colors.size() > 1)
+    : m_withColors(result.colors.size() > 1)
+    , m_hasNormals(result.hasNormals)
+    , m_hasTexcoords(result.hasTexcoords)
     , m_positionKeyed(positionKeyed)
     , m_triangleCount(triangleCount)
+    , m_groups(result.groups)
+    , m_materials(result.materials)
+    , m_byObjects(!result.objects.isEmpty())
 {
     const QStringList& names = !result.objects.isEmpty() ? result.objects : result.groups;
     if (names.isEmpty()) {
@@ -16,30 +20,22 @@ ObjReindexer::ObjReindexer(const ObjParseResult& result, size_t triangleCount, b
         for (qsizetype i = 0; i < names.size(); ++i)
             m_meshes[static_cast<size_t>(i)].name = names[i];
     }
+    m_vertexCounts.assign(m_meshes.size(), 0u);
 
     m_positionKeyed = m_positionKeyed && m_meshes.size() == 1 && !result.hasTexcoords;
     m_heads.assign(result.positions.size(), 0u);
-    if (!m_positionKeyed)
-        m_entries.reserve(result.positions.size());
+    // About as many vertices as the file has positions; pages reserved but
+    // never written cost no memory.
+    if (m_positionKeyed)
+        m_keyedPositions.reserve(result.positions.size());
+    else
+        m_entries.reserve(result.positions.size() + 1);
     m_entries.push_back(Entry{});
-
-    if (m_meshes.size() == 1) {
-        // The usual single mesh gets about as many vertices as the file has.
-        const size_t expected = result.positions.size();
-        ObjMesh& mesh = m_meshes.front();
-        mesh.positions.reserve(expected);
-        if (result.hasNormals)
-            mesh.normals.reserve(expected);
-        if (result.hasTexcoords)
-            mesh.texcoords.reserve(expected);
-        if (m_withColors)
-            mesh.colors.reserve(expected);
-    }
 }
 
 void ObjReindexer::applyRecord(const ObjGroupRecord& record)
 {
-    if (!m_result.objects.isEmpty()) {
+    if (m_byObjects) {
         if (record.objectId != ObjGroupRecord::NoId32) {
             m_mesh = record.objectId;
             m_objectId = record.objectId;
@@ -62,14 +58,13 @@ void ObjReindexer::selectSubMesh()
     if (found == m_subMeshes.end()) {
         ObjMesh& mesh = m_meshes[m_mesh];
         ObjSubMesh subMesh;
-        // The first submesh of a lone mesh usually takes every triangle;
-        // pages reserved but never written cost no memory.
+        // The first submesh of a lone mesh usually takes every triangle.
         if (m_meshes.size() == 1 && m_subMeshes.empty())
             subMesh.indices.reserve(m_triangleCount * 3);
         if (m_groupId != ObjGroupRecord::NoId16)
-            subMesh.group = m_result.groups[m_groupId];
+            subMesh.group = m_groups[m_groupId];
         if (m_materialId != ObjGroupRecord::NoId16)
-            subMesh.material = m_result.materials[m_materialId];
+            subMesh.material = m_materials[m_materialId];
         mesh.subMeshes.push_back(std::move(subMesh));
         found = m_subMeshes.emplace(key, std::make_pair(m_mesh, static_cast<uint32_t>(mesh.subMeshes.size() - 1))).first;
     }
@@ -81,11 +76,12 @@ uint32_t ObjReindexer::vertexIndex(const ObjFaceVertex& corner)
 {
     uint32_t& head = m_heads[static_cast<size_t>(corner.position)];
     if (m_positionKeyed) {
-        // Sculpts: no chain to walk and no entry per vertex, in the order
-        // the chains would have given.
+        // Sculpts: no chain to walk and a quarter of the record per vertex,
+        // in the order the chains would have given.
         if (head != 0)
             return head - 1;
-        const uint32_t index = addVertex(corner);
+        const uint32_t index = m_vertexCounts[0]++;
+        m_keyedPositions.push_back(corner.position);
         head = index + 1;
         return index;
     }
@@ -96,23 +92,10 @@ uint32_t ObjReindexer::vertexIndex(const ObjFaceVertex& corner)
             return entry.index;
         e = entry.next;
     }
-    const uint32_t index = addVertex(corner);
-    m_entries.push_back(Entry{corner.texcoord, corner.normal, m_smoothing, m_mesh, index, head});
+    const uint32_t index = m_vertexCounts[m_mesh]++;
+    m_entries.push_back(
+        Entry{corner.position, corner.texcoord, corner.normal, m_smoothing, m_mesh, index, head});
     head = static_cast<uint32_t>(m_entries.size() - 1);
-    return index;
-}
-
-uint32_t ObjReindexer::addVertex(const ObjFaceVertex& corner)
-{
-    ObjMesh& mesh = m_meshes[m_mesh];
-    const uint32_t index = static_cast<uint32_t>(mesh.positions.size());
-    mesh.positions.push_back(m_result.positions[static_cast<size_t>(corner.position)]);
-    if (m_withColors)
-        mesh.colors.push_back(m_result.colors[static_cast<size_t>(corner.position)]);
-    if (m_result.hasNormals)
-        mesh.normals.push_back(m_result.normals[static_cast<size_t>(corner.normal)]);
-    if (m_result.hasTexcoords)
-        mesh.texcoords.push_back(m_result.texcoords[static_cast<size_t>(corner.texcoord)]);
     return index;
 }
 
@@ -139,6 +122,41 @@ void ObjReindexer::addBlock(const ObjParseJob& job)
         for (const ObjFaceVertex& corner : triangle.corners)
             indices.push_back(vertexIndex(corner));
     }
+}
+
+template <typename T, typename Source>
+void ObjReindexer::gather(std::vector<T> ObjMesh::*target, std::vector<T>& attribute, Source source)
+{
+    for (size_t m = 0; m < m_meshes.size(); ++m)
+        (m_meshes[m].*target).reserve(m_vertexCounts[m]);
+    if (m_positionKeyed) {
+        std::vector<T>& out = m_meshes[0].*target;
+        for (const int32_t position : m_keyedPositions)
+            out.push_back(attribute[static_cast<size_t>(position)]);
+    } else {
+        for (size_t e = 1; e < m_entries.size(); ++e) {
+            const Entry& entry = m_entries[e];
+            (m_meshes[entry.mesh].*target).push_back(attribute[static_cast<size_t>(source(entry))]);
+        }
+    }
+    std::vector<T>().swap(attribute);
+}
+
+std::vector<ObjMesh> ObjReindexer::finish(ObjParseResult& result)
+{
+    std::vector<uint32_t>().swap(m_heads);
+    gather(&ObjMesh::positions, result.positions, [](const Entry& e) { return e.position; });
+    if (m_withColors)
+        gather(&ObjMesh::colors, result.colors, [](const Entry& e) { return e.position; });
+    if (m_hasNormals) {
+        // Position-keyed normals are indexed by position.
+        gather(&ObjMesh::normals, result.normals, [](const Entry& e) { return e.normal; });
+    }
+    if (m_hasTexcoords)
+        gather(&ObjMesh::texcoords, result.texcoords, [](const Entry& e) { return e.texcoord; });
+    std::vector<Entry>().swap(m_entries);
+    std::vector<int32_t>().swap(m_keyedPositions);
+    return std::move(m_meshes);
 }
 
 } // namespace Ond::SceneLoad

@@ -2,6 +2,11 @@
 // Turns per-corner OBJ indices into the single vertex index of a mesh: one
 // output vertex per distinct (position, texture, normal, smoothing group) in
 // each output mesh, and one submesh per (material, group, object).
+//
+// Two passes keep the peak down: the blocks yield the indices and a record
+// per vertex of where its attributes are, while the parser frees their face
+// lists; `finish` then gathers the attributes, freeing each array of the
+// file as soon as its vertices have it.
 
 #include "scene/obj/ObjParseJob.h"
 
@@ -23,14 +28,18 @@ public:
     // Blocks must come in file order; the names state carries from one to the next.
     void addBlock(const ObjParseJob& job);
 
-    std::vector<ObjMesh> takeMeshes() { return std::move(m_meshes); }
+    // The meshes, with their vertex attributes taken from `result`, whose
+    // attribute arrays are emptied on the way.
+    std::vector<ObjMesh> finish(ObjParseResult& result);
 
 private:
     // Vertices already made for one position index are chained from
     // m_heads[position]: no hashing, no allocation per lookup, and the
     // chains are short since a position rarely splits more than a few times.
+    // Entries are in the order the vertices were made.
     struct Entry
     {
+        int32_t position;
         int32_t texcoord;
         int32_t normal;
         int32_t smoothing;
@@ -42,17 +51,24 @@ private:
     void applyRecord(const ObjGroupRecord& record);
     void selectSubMesh();
     uint32_t vertexIndex(const ObjFaceVertex& corner);
-    uint32_t addVertex(const ObjFaceVertex& corner);
+    template <typename T, typename Source>
+    void gather(std::vector<T> ObjMesh::*target, std::vector<T>& attribute, Source source);
 
-    const ObjParseResult& m_result;
     const bool m_withColors;
+    const bool m_hasNormals;
+    const bool m_hasTexcoords;
     bool m_positionKeyed;
     const size_t m_triangleCount;
+    const QStringList& m_groups;
+    const QStringList& m_materials;
+    const bool m_byObjects;
     std::vector<ObjMesh> m_meshes;
+    std::vector<uint32_t> m_vertexCounts; // per mesh
     // Per position: the head of its chain, or when position-keyed its
     // vertex index + 1 (0: none yet).
     std::vector<uint32_t> m_heads;
     std::vector<Entry> m_entries;
+    std::vector<int32_t> m_keyedPositions; // per vertex, when position-keyed
     std::map<std::tuple<uint16_t, uint16_t, uint32_t>, std::pair<uint32_t, uint32_t>> m_subMeshes;
 
     uint32_t m_mesh = 0;

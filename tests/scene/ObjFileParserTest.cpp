@@ -390,8 +390,11 @@ TEST(ObjFileParser, PositionKeyedReindexingMatchesTheChains)
     chained.addBlock(job);
     ObjReindexer keyed(result, job.faces.size(), true);
     keyed.addBlock(job);
-    const std::vector<ObjMesh> a = chained.takeMeshes();
-    const std::vector<ObjMesh> b = keyed.takeMeshes();
+    ObjParseResult copy = result;
+    const std::vector<ObjMesh> a = chained.finish(copy);
+    EXPECT_TRUE(copy.positions.empty());
+    EXPECT_TRUE(copy.normals.empty());
+    const std::vector<ObjMesh> b = keyed.finish(result);
     ASSERT_EQ(a.size(), 1u);
     ASSERT_EQ(b.size(), 1u);
     EXPECT_EQ(a[0].positions, b[0].positions);
