@@ -452,30 +452,64 @@ bool ObjFileParser::validate()
 void ObjFileParser::computeNormals()
 {
     // Every face weighs the same, whatever its area; smoothing groups are
-    // not looked at here.
+    // not looked at here. Each thread owns a range of positions and sums
+    // the faces that touch it in file order, so the sums are those of one
+    // thread; on meshes stored in spatial order a face touches one range.
     ObjVector3List& normals = m_result.normals;
     const ObjVector3List& positions = m_result.positions;
     normals.assign(positions.size(), Eigen::Vector3f::Zero());
-    for (const auto& job : m_jobs) {
-        for (ObjTriangle& triangle : job->faces) {
-            const Eigen::Vector3f& a = positions[static_cast<size_t>(triangle.corners[0].position)];
-            const Eigen::Vector3f& b = positions[static_cast<size_t>(triangle.corners[1].position)];
-            const Eigen::Vector3f& c = positions[static_cast<size_t>(triangle.corners[2].position)];
-            Eigen::Vector3f normal = (b - a).cross(c - a);
-            const float length = normal.norm();
-            if (length > NormalEpsilon)
-                normal /= length;
-            for (ObjFaceVertex& corner : triangle.corners) {
-                normals[static_cast<size_t>(corner.position)] += normal;
-                corner.normal = corner.position;
+    const size_t count = positions.size();
+    const size_t threads = std::max<size_t>(1, std::min<size_t>(Ond::Core::threadCount(), count / 65536 + 1));
+
+    auto sum = [&](size_t first, size_t last) {
+        const size_t span = last - first;
+        for (const auto& job : m_jobs) {
+            for (const ObjTriangle& triangle : job->faces) {
+                const size_t i0 = static_cast<size_t>(triangle.corners[0].position);
+                const size_t i1 = static_cast<size_t>(triangle.corners[1].position);
+                const size_t i2 = static_cast<size_t>(triangle.corners[2].position);
+                const bool own0 = i0 - first < span, own1 = i1 - first < span, own2 = i2 - first < span;
+                if (!(own0 || own1 || own2))
+                    continue;
+                Eigen::Vector3f normal = (positions[i1] - positions[i0]).cross(positions[i2] - positions[i0]);
+                const float length = normal.norm();
+                if (length > NormalEpsilon)
+                    normal /= length;
+                if (own0)
+                    normals[i0] += normal;
+                if (own1)
+                    normals[i1] += normal;
+                if (own2)
+                    normals[i2] += normal;
             }
         }
-    }
-    for (Eigen::Vector3f& normal : normals) {
-        const float length = normal.norm();
-        if (length > NormalEpsilon)
-            normal /= length;
-    }
+        for (size_t i = first; i < last; ++i) {
+            const float length = normals[i].norm();
+            if (length > NormalEpsilon)
+                normals[i] /= length;
+        }
+    };
+    // Corners take their position's normal; each thread a share of the blocks.
+    auto point = [&](size_t part) {
+        for (size_t j = part; j < m_jobs.size(); j += threads)
+            for (ObjTriangle& triangle : m_jobs[j]->faces)
+                for (ObjFaceVertex& corner : triangle.corners)
+                    corner.normal = corner.position;
+    };
+
+    std::vector<std::thread> workers;
+    for (size_t t = 1; t < threads; ++t)
+        workers.emplace_back([&, t] { sum(count * t / threads, count * (t + 1) / threads); });
+    sum(0, count / threads);
+    for (std::thread& worker : workers)
+        worker.join();
+    workers.clear();
+    for (size_t t = 1; t < threads; ++t)
+        workers.emplace_back([&, t] { point(t); });
+    point(0);
+    for (std::thread& worker : workers)
+        worker.join();
+
     m_result.hasNormals = true;
     m_normalsComputed = true;
 }

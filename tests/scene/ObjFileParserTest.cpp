@@ -7,9 +7,13 @@
 
 #include <QFile>
 
+#include <Eigen/Geometry>
+
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <map>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -408,4 +412,70 @@ TEST(ObjFileParser, PositionKeyedReindexingMatchesTheChains)
         EXPECT_EQ(a[0].subMeshes[i].material, b[0].subMeshes[i].material);
     }
     EXPECT_EQ(b[0].subMeshes[1].indices, (std::vector<uint32_t>{3, 5, 6, 6, 5, 0}));
+}
+
+TEST(ObjFileParser, ComputedNormalsAreTheSumsInFileOrderWhateverTheThreads)
+{
+    // A wavy grid of 68 k positions, stored in scattered order so that faces
+    // reach across the position ranges the threads own.
+    const int side = 261;
+    const int count = side * side;
+    auto slot = [&](int i) { return (i * 7919) % count; }; // 7919 is prime to count
+    std::vector<Eigen::Vector3f> grid(size_t(count), Eigen::Vector3f::Zero());
+    for (int y = 0; y < side; ++y)
+        for (int x = 0; x < side; ++x)
+            grid[size_t(slot(y * side + x))] =
+                Eigen::Vector3f(float(x), float(y), std::sin(0.3f * float(x)) * std::cos(0.2f * float(y)));
+    QByteArray text;
+    for (const Eigen::Vector3f& p : grid)
+        text += "v " + QByteArray::number(p.x(), 'g', 9) + ' ' + QByteArray::number(p.y(), 'g', 9) + ' '
+                + QByteArray::number(p.z(), 'g', 9) + '\n';
+    std::vector<std::array<int, 3>> faces;
+    for (int y = 0; y + 1 < side; ++y)
+        for (int x = 0; x + 1 < side; ++x) {
+            const int a = slot(y * side + x), b = slot(y * side + x + 1), c = slot((y + 1) * side + x),
+                      d = slot((y + 1) * side + x + 1);
+            faces.push_back({a, b, d});
+            faces.push_back({a, d, c});
+        }
+    for (const auto& f : faces)
+        text += "f " + QByteArray::number(f[0] + 1) + ' ' + QByteArray::number(f[1] + 1) + ' '
+                + QByteArray::number(f[2] + 1) + '\n';
+
+    // Reference: one pass in file order, over the values as the file stores them.
+    const auto parsed = parse(text, true);
+    ASSERT_EQ(parsed.meshes().size(), 1u);
+    const ObjMesh& mesh = parsed.meshes()[0];
+    ASSERT_EQ(mesh.positions.size(), size_t(count));
+    std::vector<Eigen::Vector3f> stored(static_cast<size_t>(count));
+    std::vector<Eigen::Vector3f> expected(size_t(count), Eigen::Vector3f::Zero());
+    for (int i = 0; i < count; ++i)
+        stored[size_t(i)] = Eigen::Vector3f(std::strtof(QByteArray::number(grid[size_t(i)].x(), 'g', 9), nullptr),
+                                            std::strtof(QByteArray::number(grid[size_t(i)].y(), 'g', 9), nullptr),
+                                            std::strtof(QByteArray::number(grid[size_t(i)].z(), 'g', 9), nullptr));
+    for (const auto& f : faces) {
+        Eigen::Vector3f n = (stored[size_t(f[1])] - stored[size_t(f[0])]).cross(stored[size_t(f[2])] - stored[size_t(f[0])]);
+        const float length = n.norm();
+        if (length > 1e-7f)
+            n /= length;
+        for (int k : f)
+            expected[size_t(k)] += n;
+    }
+    for (Eigen::Vector3f& n : expected) {
+        const float length = n.norm();
+        if (length > 1e-7f)
+            n /= length;
+    }
+    // Output vertices come in order of first use; find each by its position.
+    std::map<std::array<float, 3>, size_t> byPosition;
+    for (int i = 0; i < count; ++i)
+        byPosition[{stored[size_t(i)].x(), stored[size_t(i)].y(), stored[size_t(i)].z()}] = size_t(i);
+    size_t mismatches = 0;
+    for (size_t v = 0; v < mesh.positions.size(); ++v) {
+        const Eigen::Vector3f& p = mesh.positions[v];
+        const auto found = byPosition.find({p.x(), p.y(), p.z()});
+        ASSERT_NE(found, byPosition.end());
+        mismatches += mesh.normals[v] != expected[found->second];
+    }
+    EXPECT_EQ(mismatches, 0u);
 }
