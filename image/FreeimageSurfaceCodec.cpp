@@ -65,6 +65,51 @@ bool radianceSize(const QByteArray& head, double& width, double& height)
     return word("-Y") && number(height) && word("+X") && number(width);
 }
 
+// False for a TIFF whose first image packs several samples below a byte
+// each: no texture is stored so, and the library's reader aborts on some
+// of them. Files it cannot parse here are left to the library.
+bool tiffLayoutReadable(const QByteArray& head)
+{
+    const bool little = head.startsWith(QByteArrayLiteral("II*\0"));
+    if (!little && !head.startsWith(QByteArrayLiteral("MM\0*")))
+        return true;
+    const auto* bytes = reinterpret_cast<const uchar*>(head.constData());
+    const qsizetype size = head.size();
+    auto u16 = [&](qsizetype at) -> quint32 {
+        return little ? qFromLittleEndian<quint16>(bytes + at) : qFromBigEndian<quint16>(bytes + at);
+    };
+    auto u32 = [&](qsizetype at) -> quint32 {
+        return little ? qFromLittleEndian<quint32>(bytes + at) : qFromBigEndian<quint32>(bytes + at);
+    };
+    if (size < 8)
+        return true;
+    const qsizetype ifd = qsizetype(u32(4));
+    if (ifd < 8 || ifd > size - 2)
+        return true;
+    const quint32 entries = u16(ifd);
+    quint32 bits = 0, samples = 1;
+    for (quint32 i = 0; i < entries && ifd + 2 + qsizetype(i + 1) * 12 <= size; ++i) {
+        const qsizetype at = ifd + 2 + qsizetype(i) * 12;
+        const quint32 tag = u16(at), type = u16(at + 2), count = u32(at + 4);
+        if (type != 3 || count == 0) // SHORT values only
+            continue;
+        qsizetype value = at + 8;
+        if (count > 2) {
+            value = qsizetype(u32(at + 8));
+            if (value < 0 || value > size - 2)
+                continue;
+        }
+        // A repeated tag counts with its worst value.
+        if (tag == 0x102)
+            bits = bits == 0 ? u16(value) : std::min(bits, u16(value));
+        else if (tag == 0x115)
+            samples = std::max(samples, u16(value));
+    }
+    if (bits == 0)
+        bits = 1; // the format's default
+    return bits >= 8 || samples <= 1;
+}
+
 // Replaces `bitmap` by a conversion of it; false if the library gave none.
 bool replaceWith(BitmapPtr& bitmap, FIBITMAP* converted)
 {
@@ -490,6 +535,8 @@ bool FreeimageSurfaceCodec::isPlausibleSize(FREE_IMAGE_FORMAT fif) const
             return false;
         const auto field = [&head](int at) { return qFromLittleEndian<quint32>(head.constData() + at); };
         claimed = double(field(12)) * field(16) * 16.0;
+    } else if (fif == FIF_TIFF && !tiffLayoutReadable(m_device->peek(65536))) {
+        return false;
     } else if (fif == FIF_HDR) {
         double width = 0.0, height = 0.0;
         if (!radianceSize(m_device->peek(8192), width, height))
