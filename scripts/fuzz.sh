@@ -43,7 +43,7 @@ for t in "${targets[@]}"; do
   echo "== $t: ${seconds}s"
   # 10 s per input is a hang (FUZZ_TIMEOUT raises it on a loaded machine);
   # 2 GiB of memory is a runaway allocation.
-  if ! nice -n 19 "$exe" -max_total_time="$seconds" -timeout="${FUZZ_TIMEOUT:-10}" -rss_limit_mb=2048 -malloc_limit_mb=2048 \
+  if ! LSAN_OPTIONS="suppressions=$PWD/scripts/sanitizers/lsan.supp" nice -n 19 "$exe" -max_total_time="$seconds" -timeout="${FUZZ_TIMEOUT:-10}" -rss_limit_mb=2048 -malloc_limit_mb=2048 \
       -print_final_stats=1 -artifact_prefix="$artifacts" "${dict[@]}" "$work" "tests/fuzz/corpus/$t" \
       2>"build-fuzz/$t.log"; then
     status=1
