@@ -100,12 +100,13 @@ FreeimageLibrary::FreeimageLibrary()
 #endif
     FreeImage_SetOutputMessage(messageHandler);
     quietTiffLibrary();
-    // Camera raw files and icons are no textures, and the decoders behind
-    // these plugins write past their buffers on damaged input (found by
-    // fuzzing the codec manager). Off, they are neither probed when a file is
-    // identified nor used to read one.
+    // Camera raw files, icons and JPEG XR are no textures, and the decoders
+    // behind these plugins write past their buffers or abort on damaged
+    // input (found by fuzzing the codec manager). Off, they are neither
+    // probed when a file is identified nor used to read one.
     FreeImage_SetPluginEnabled(FIF_RAW, FALSE);
     FreeImage_SetPluginEnabled(FIF_ICO, FALSE);
+    FreeImage_SetPluginEnabled(FIF_JXR, FALSE);
     m_io.read_proc = readProc;
     m_io.write_proc = writeProc;
     m_io.seek_proc = seekProc;
