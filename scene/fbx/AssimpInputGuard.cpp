@@ -97,15 +97,35 @@ bool glbChunkFits(const char* data, size_t size)
     return total <= size && uint64_t(chunk) + 20 <= size;
 }
 
+// Whether the first bytes hold `token`, in any case: how Assimp recognises
+// a file by its content once the reader its suffix names has refused it.
+bool headerHolds(const char* data, size_t size, const char* token, size_t searched)
+{
+    const size_t tokenLength = std::strlen(token);
+    const size_t window = size < searched ? size : searched;
+    for (size_t at = 0; at + tokenLength <= window; ++at) {
+        size_t k = 0;
+        while (k < tokenLength && (data[at + k] | 0x20) == token[k])
+            ++k;
+        if (k == tokenLength)
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 QString unsafeInputReason(const QByteArray& suffix, const char* data, size_t size)
 {
-    if (suffix.compare("ply", Qt::CaseInsensitive) == 0 && !plyHeaderSound(data, size))
+    // A rule holds for its suffix and for content another reader may pass
+    // on: the PLY reader reads any file that starts with its magic.
+    const bool ply = suffix.compare("ply", Qt::CaseInsensitive) == 0 || headerHolds(data, size, "ply", 3);
+    const bool dae = suffix.compare("dae", Qt::CaseInsensitive) == 0 || headerHolds(data, size, "<collada", 1024);
+    if (ply && !plyHeaderSound(data, size))
         return QStringLiteral("the header does not end, or an element line would be misread");
-    if (suffix.compare("dae", Qt::CaseInsensitive) == 0 && !colladaIndexListsClean(data, size))
+    if (dae && !colladaIndexListsClean(data, size))
         return QStringLiteral("an index list holds something other than numbers");
-    if (suffix.compare("glb", Qt::CaseInsensitive) == 0 && !glbChunkFits(data, size))
+    if (!glbChunkFits(data, size)) // its magic decides
         return QStringLiteral("the header claims more bytes than the file holds");
     return QString();
 }

@@ -147,6 +147,10 @@ TEST(FBXSceneImporterCommandLine, GarbageUnsupportedAndMeshlessFilesFail)
                                      "property list uchar int vertex_indices\nend_header\n"
                                      "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n"),
         writeFile(dir, "noise.glb", noise),
+        // A PLY under another name, its header cut: the glTF reader passes
+        // it on, and Assimp's PLY reader would loop on it.
+        writeFile(dir, "ply.glb", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nelement face 1\n"
+                                  "property list uchar int vertex_indices}}}}0 1 2\n"),
         writeFile(dir, "noise.3ds", noise),
         writeFile(dir, "noise.dae", noise),
         writeFile(dir, "text.ply", "ply\nformat ascii 1.0\nelement vertex 3\nend_header\nnot numbers\n"),
