@@ -67,9 +67,12 @@ bool radianceSize(const QByteArray& head, double& width, double& height)
 
 // False for a TIFF whose first image packs several samples below a byte
 // each: no texture is stored so, and the library's reader aborts on some
-// of them. Files it cannot parse here are left to the library.
-bool tiffLayoutReadable(const QByteArray& head)
+// of them. `rawBytes`: the first image's pixels uncompressed, as its tags
+// state them (0 when not found). Files it cannot parse here are left to the
+// library.
+bool tiffLayoutReadable(const QByteArray& head, double& rawBytes)
 {
+    rawBytes = 0.0;
     const bool little = head.startsWith(QByteArrayLiteral("II*\0"));
     if (!little && !head.startsWith(QByteArrayLiteral("MM\0*")))
         return true;
@@ -88,9 +91,15 @@ bool tiffLayoutReadable(const QByteArray& head)
         return true;
     const quint32 entries = u16(ifd);
     quint32 bits = 0, samples = 1;
+    double width = 0.0, height = 0.0;
     for (quint32 i = 0; i < entries && ifd + 2 + qsizetype(i + 1) * 12 <= size; ++i) {
         const qsizetype at = ifd + 2 + qsizetype(i) * 12;
         const quint32 tag = u16(at), type = u16(at + 2), count = u32(at + 4);
+        if ((tag == 0x100 || tag == 0x101) && count == 1 && (type == 3 || type == 4)) {
+            const double value = type == 3 ? u16(at + 8) : u32(at + 8);
+            (tag == 0x100 ? width : height) = std::max(tag == 0x100 ? width : height, value);
+            continue;
+        }
         if (type != 3 || count == 0) // SHORT values only
             continue;
         qsizetype value = at + 8;
@@ -107,6 +116,7 @@ bool tiffLayoutReadable(const QByteArray& head)
     }
     if (bits == 0)
         bits = 1; // the format's default
+    rawBytes = width * height * samples * std::max(bits, 1u) / 8.0;
     return bits >= 8 || samples <= 1;
 }
 
@@ -535,9 +545,11 @@ bool FreeimageSurfaceCodec::isPlausibleSize(FREE_IMAGE_FORMAT fif) const
             return false;
         const auto field = [&head](int at) { return qFromLittleEndian<quint32>(head.constData() + at); };
         claimed = double(field(12)) * field(16) * 16.0;
-    } else if (fif == FIF_TIFF && !tiffLayoutReadable(m_device->peek(65536))) {
+        return claimed <= std::max(MaxBytesPerStoredByte * stored, AlwaysPlausibleBytes);
+    }
+    if (fif == FIF_TIFF && !tiffLayoutReadable(m_device->peek(65536), claimed))
         return false;
-    } else if (fif == FIF_HDR) {
+    if (fif == FIF_HDR) {
         double width = 0.0, height = 0.0;
         if (!radianceSize(m_device->peek(8192), width, height))
             return false;
@@ -549,8 +561,10 @@ bool FreeimageSurfaceCodec::isPlausibleSize(FREE_IMAGE_FORMAT fif) const
         m_device->seek(start);
         if (!header)
             return false;
-        claimed = double(FreeImage_GetWidth(header.get())) * FreeImage_GetHeight(header.get())
-            * std::max(1u, FreeImage_GetBPP(header.get())) / 8.0;
+        // The TIFF reader sizes its strips by the file's own samples, which
+        // the header bitmap does not show: the larger claim counts.
+        claimed = std::max(claimed, double(FreeImage_GetWidth(header.get())) * FreeImage_GetHeight(header.get())
+                                        * std::max(1u, FreeImage_GetBPP(header.get())) / 8.0);
     }
     return claimed <= std::max(MaxBytesPerStoredByte * stored, AlwaysPlausibleBytes);
 }
