@@ -2,21 +2,63 @@
 
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace Ond::SceneLoad {
 
 namespace {
 
 // PLY: the header reader loops at the end of the input when no line is
-// "end_header" (a cut header, or the keyword run into another line), and
-// the body reader loops over whatever count an "element" line states. So
-// the header must end, and each element line must be "element <name>
-// <count>", the name not starting with a digit, the count one the file can
-// hold.
-bool plyHeaderSound(const char* data, size_t size)
+// "end_header" (a cut header, or the keyword run into another line), the
+// body reader loops over whatever count an "element" line states, and on
+// headers of mixed-up lines it writes past its own arrays. So the header
+// must be what writers write: the magic, one format line of version 1.0,
+// then comments, "element <name> <count>" with a name not starting with a
+// digit and a count the file can hold, "property <type> <name>",
+// "property list <type> <type> <name>", and "end_header".
+namespace ply {
+
+struct Words
+{
+    const char* c;
+    const char* end;
+
+    // The next blank-separated word, empty at the end of the line.
+    std::pair<const char*, size_t> next()
+    {
+        while (c < end && (*c == ' ' || *c == '\t'))
+            ++c;
+        const char* first = c;
+        while (c < end && *c != ' ' && *c != '\t')
+            ++c;
+        return {first, size_t(c - first)};
+    }
+    bool done()
+    {
+        return next().second == 0;
+    }
+};
+
+bool is(const std::pair<const char*, size_t>& word, const char* text)
+{
+    return word.second == std::strlen(text) && std::memcmp(word.first, text, word.second) == 0;
+}
+
+bool isType(const std::pair<const char*, size_t>& word)
+{
+    for (const char* type : {"char", "uchar", "short", "ushort", "int", "uint", "float", "double", "int8", "uint8",
+                             "int16", "uint16", "int32", "uint32", "float32", "float64"})
+        if (is(word, type))
+            return true;
+    return false;
+}
+
+bool headerSound(const char* data, size_t size)
 {
     const size_t window = size < (size_t(1) << 20) ? size : (size_t(1) << 20);
     size_t line = 0;
+    int index = 0;
+    bool element = false;
     while (line < window) {
         const char* start = data + line;
         const char* feed = static_cast<const char*>(std::memchr(start, '\n', window - line));
@@ -25,33 +67,57 @@ bool plyHeaderSound(const char* data, size_t size)
         size_t length = size_t(feed - start);
         if (length > 0 && start[length - 1] == '\r')
             --length;
-        if (length == 10 && std::memcmp(start, "end_header", 10) == 0)
-            return true;
-        if (length > 8 && std::memcmp(start, "element ", 8) == 0) {
-            const char* c = start + 8;
-            const char* end = start + length;
-            while (c < end && *c == ' ')
-                ++c;
+        Words words{start, start + length};
+        const auto keyword = words.next();
+        if (index == 0) {
+            if (!(is(keyword, "ply") || is(keyword, "PLY")) || !words.done())
+                return false;
+        } else if (index == 1) {
+            const auto format = words.next();
+            if (!is(keyword, "format")
+                || !(is(format, "ascii") || is(format, "binary_little_endian") || is(format, "binary_big_endian"))
+                || !is(words.next(), "1.0") || !words.done())
+                return false;
+        } else if (is(keyword, "end_header")) {
+            return words.done();
+        } else if (is(keyword, "comment") || is(keyword, "obj_info")) {
+        } else if (is(keyword, "element")) {
+            const auto name = words.next();
+            const auto count = words.next();
             // A name that begins with a digit is taken for the count.
-            if (c == end || (*c >= '0' && *c <= '9'))
+            if (name.second == 0 || (name.first[0] >= '0' && name.first[0] <= '9') || count.second == 0
+                || count.second > 19 || !words.done())
                 return false;
-            while (c < end && *c != ' ')
-                ++c;
-            while (c < end && *c == ' ')
-                ++c;
-            uint64_t count = 0;
-            const char* digits = c;
-            while (c < end && *c >= '0' && *c <= '9' && count <= size)
-                count = count * 10 + uint64_t(*c++ - '0');
-            while (c < end && *c == ' ')
-                ++c;
-            if (c == digits || c != end || count > size)
+            uint64_t n = 0;
+            for (size_t k = 0; k < count.second; ++k) {
+                if (count.first[k] < '0' || count.first[k] > '9')
+                    return false;
+                n = n * 10 + uint64_t(count.first[k] - '0');
+            }
+            if (n > size)
                 return false;
+            element = true;
+        } else if (is(keyword, "property")) {
+            auto type = words.next();
+            if (!element)
+                return false;
+            if (is(type, "list")) {
+                if (!isType(words.next()))
+                    return false;
+                type = words.next();
+            }
+            if (!isType(type) || words.next().second == 0 || !words.done())
+                return false;
+        } else {
+            return false;
         }
+        ++index;
         line += size_t(feed - start) + 1;
     }
     return false;
 }
+
+} // namespace ply
 
 // COLLADA: the index lists <p>, <v>, <vcount> and <h> are read by a loop
 // that stops moving on any character that is neither a digit nor a blank.
@@ -121,8 +187,8 @@ QString unsafeInputReason(const QByteArray& suffix, const char* data, size_t siz
     // on: the PLY reader reads any file that starts with its magic.
     const bool ply = suffix.compare("ply", Qt::CaseInsensitive) == 0 || headerHolds(data, size, "ply", 3);
     const bool dae = suffix.compare("dae", Qt::CaseInsensitive) == 0 || headerHolds(data, size, "<collada", 1024);
-    if (ply && !plyHeaderSound(data, size))
-        return QStringLiteral("the header does not end, or an element line would be misread");
+    if (ply && !ply::headerSound(data, size))
+        return QStringLiteral("the header does not end, or holds a line a PLY writer does not write");
     if (dae && !colladaIndexListsClean(data, size))
         return QStringLiteral("an index list holds something other than numbers");
     if (!glbChunkFits(data, size)) // its magic decides

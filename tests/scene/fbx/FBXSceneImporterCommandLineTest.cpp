@@ -147,6 +147,11 @@ TEST(FBXSceneImporterCommandLine, GarbageUnsupportedAndMeshlessFilesFail)
                                      "property list uchar int vertex_indices\nend_header\n"
                                      "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n"),
         writeFile(dir, "noise.glb", noise),
+        // Header lines no writer writes, on which Assimp's PLY reader frees
+        // what it did not allocate.
+        writeFile(dir, "mixed.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty fl\nproperty float x\n"
+                                    "propertmat ascii 1.0\nend_header\n0\n1\n2\n"),
+        writeFile(dir, "version.ply", "ply\nformat ascii 2.0\nelement vertex 1\nproperty float x\nend_header\n0\n"),
         // A PLY under another name, its header cut: the glTF reader passes
         // it on, and Assimp's PLY reader would loop on it.
         writeFile(dir, "ply.glb", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nelement face 1\n"
