@@ -163,6 +163,95 @@ bool glbChunkFits(const char* data, size_t size)
     return total <= size && uint64_t(chunk) + 20 <= size;
 }
 
+// Binary FBX: the reader allocates the element count an array property
+// states before it inflates the array, so a damaged count of a 900-byte
+// array asks for gigabytes. Deflate packs at most 1032 to 1; a raw array
+// holds its bytes. The walk stops where the records stop making sense and
+// leaves the rest to Assimp.
+namespace fbx {
+
+struct Reader
+{
+    const unsigned char* data;
+    size_t size;
+    bool wide; // 64-bit record fields from version 7500 on
+    int depth = 0;
+
+    uint64_t read(size_t at, int bytes) const
+    {
+        uint64_t value = 0;
+        for (int k = bytes - 1; k >= 0; --k)
+            value = (value << 8) | data[at + size_t(k)];
+        return value;
+    }
+
+    // False once an array claims more than its bytes can hold.
+    bool records(size_t at, size_t end)
+    {
+        if (++depth > 64)
+            return true;
+        const size_t field = wide ? 8 : 4;
+        const size_t head = 3 * field + 1;
+        while (at + head <= end) {
+            const uint64_t next = read(at, int(field));
+            const uint64_t count = read(at + field, int(field));
+            const uint64_t length = read(at + 2 * field, int(field));
+            const size_t name = data[at + 3 * field];
+            if (next == 0)
+                break;
+            if (next <= at || next > end)
+                return true;
+            size_t p = at + head + name;
+            const uint64_t listEnd = uint64_t(p) + length;
+            if (listEnd > next)
+                return true;
+            for (uint64_t i = 0; i < count && p < listEnd; ++i) {
+                const char type = char(data[p++]);
+                int element = 0;
+                switch (type) {
+                case 'C': p += 1; continue;
+                case 'Y': p += 2; continue;
+                case 'I': case 'F': p += 4; continue;
+                case 'D': case 'L': p += 8; continue;
+                case 'S': case 'R':
+                    if (p + 4 > listEnd)
+                        return true;
+                    p += 4 + size_t(read(p, 4));
+                    continue;
+                case 'b': element = 1; break;
+                case 'i': case 'f': element = 4; break;
+                case 'd': case 'l': element = 8; break;
+                default: return true;
+                }
+                if (p + 12 > listEnd)
+                    return true;
+                const uint64_t elements = read(p, 4), encoding = read(p + 4, 4), stored = read(p + 8, 4);
+                const uint64_t claimed = elements * uint64_t(element);
+                if (claimed > (encoding == 0 ? stored : stored * 1032 + 64))
+                    return false;
+                p += 12 + size_t(stored);
+            }
+            if (listEnd < next && !records(size_t(listEnd), size_t(next)))
+                return false;
+            at = size_t(next);
+        }
+        --depth;
+        return true;
+    }
+};
+
+bool arraysFit(const char* data, size_t size)
+{
+    static const char magic[] = "Kaydara FBX Binary  ";
+    if (size < 27 || std::memcmp(data, magic, sizeof(magic) - 1) != 0)
+        return true;
+    Reader reader{reinterpret_cast<const unsigned char*>(data), size, false};
+    reader.wide = reader.read(23, 4) >= 7500;
+    return reader.records(27, size);
+}
+
+} // namespace fbx
+
 // Whether the first bytes hold `token`, in any case: how Assimp recognises
 // a file by its content once the reader its suffix names has refused it.
 bool headerHolds(const char* data, size_t size, const char* token, size_t searched)
@@ -191,6 +280,8 @@ QString unsafeInputReason(const QByteArray& suffix, const char* data, size_t siz
         return QStringLiteral("the header does not end, or holds a line a PLY writer does not write");
     if (dae && !colladaIndexListsClean(data, size))
         return QStringLiteral("an index list holds something other than numbers");
+    if (!fbx::arraysFit(data, size)) // its magic decides
+        return QStringLiteral("an array claims more elements than its bytes can hold");
     if (!glbChunkFits(data, size)) // its magic decides
         return QStringLiteral("the header claims more bytes than the file holds");
     return QString();

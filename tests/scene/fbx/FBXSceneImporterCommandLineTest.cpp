@@ -130,8 +130,15 @@ TEST(FBXSceneImporterCommandLine, GarbageUnsupportedAndMeshlessFilesFail)
     // A GLB whose JSON chunk claims 3 GB: refused before Assimp allocates it.
     QByteArray glb = readAll(testFile("box_low.glb"));
     glb[15] = char(0xb8);
+    // An FBX whose compressed UV index array claims 470 M elements.
+    QByteArray fbx = readAll(testFile("box_low.fbx"));
+    const qsizetype uvIndex = fbx.indexOf("UVIndex") + 7;
+    ASSERT_GT(uvIndex, 7);
+    ASSERT_EQ(fbx[uvIndex], 'i');
+    fbx[uvIndex + 4] = char(0x1c);
     const QStringList files{
         writeFile(dir, "huge.glb", glb),
+        writeFile(dir, "claims.fbx", fbx),
         // A face without indices, which Assimp's triangulation would abort on.
         writeFile(dir, "emptyface.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
                                         "property float z\nelement face 1\nproperty list uchar int vertex_indices\n"
