@@ -27,21 +27,6 @@ QString boxLow()
     return ZmfTest::testDataDir() + QStringLiteral("/box_low.obj");
 }
 
-QString write(const QString& dir, const QString& name, const QByteArray& bytes)
-{
-    const QString path = dir + QLatin1Char('/') + name;
-    QFile f(path);
-    EXPECT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
-    return path;
-}
-
-QByteArray readAll(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 QStringList files(const QString& dir)
 {
     return QDir(dir).entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
@@ -99,7 +84,7 @@ TEST_F(BadInputSweep, BrokenLowMeshes)
     QByteArray garbage(4096, '\0');
     for (char& c : garbage)
         c = char(rng());
-    const QByteArray box = readAll(boxLow());
+    const QByteArray box = ZmfTest::readFile(boxLow());
     QByteArray hundredGon = "o ngon\n";
     QByteArray face = "f";
     for (int i = 0; i < 100; ++i) {
@@ -136,7 +121,7 @@ TEST_F(BadInputSweep, BrokenLowMeshes)
          false},
     };
     for (size_t i = 0; i < cases.size(); ++i) {
-        const QString input = write(m_dir, QStringLiteral("mesh%1.obj").arg(i), cases[i].mesh);
+        const QString input = ZmfTest::writeFile(m_dir, QStringLiteral("mesh%1.obj").arg(i), cases[i].mesh);
         check(cases[i], input);
     }
 }
@@ -154,7 +139,7 @@ TEST_F(BadInputSweep, ThingsThatAreNoMeshFiles)
     check({"a FIFO", nws, {}, 0, {"Error: Scene \"" + fifo + "\" couldn't be loaded ."}, false}, fifo);
     check({"a missing file", nws, {}, 0, {"couldn't be loaded ."}, false}, m_dir + QStringLiteral("/none.obj"));
     check({"an unknown suffix", nws, {}, 0, {"couldn't be loaded ."}, false},
-          write(m_dir, QStringLiteral("mesh.xyz"), Triangle + "f 1/1 2/2 3/3\n"));
+          ZmfTest::writeFile(m_dir, QStringLiteral("mesh.xyz"), Triangle + "f 1/1 2/2 3/3\n"));
 }
 
 TEST_F(BadInputSweep, BrokenHighMeshes)
@@ -163,7 +148,7 @@ TEST_F(BadInputSweep, BrokenHighMeshes)
     QByteArray garbage(4096, '\0');
     for (char& c : garbage)
         c = char(rng());
-    const QString high = write(m_dir, QStringLiteral("garbage_high.obj"), garbage);
+    const QString high = ZmfTest::writeFile(m_dir, QStringLiteral("garbage_high.obj"), garbage);
     const QString out = ZmfTest::makeTempDir();
     auto r = bake({"height-from-mesh", boxLow(), "--highdef-mesh", high, "--output-size", "5,5"}, out);
     EXPECT_FALSE(r.crashed);
@@ -173,7 +158,7 @@ TEST_F(BadInputSweep, BrokenHighMeshes)
 
     // A high mesh that doesn't load at all ends the run, as it always has;
     // the log names it first.
-    const QString empty = write(m_dir, QStringLiteral("empty_high.obj"), QByteArray());
+    const QString empty = ZmfTest::writeFile(m_dir, QStringLiteral("empty_high.obj"), QByteArray());
     r = bake({"height-from-mesh", boxLow(), "--highdef-mesh", empty, "--output-size", "5,5"}, out);
     EXPECT_TRUE(r.err.contains("[ERROR][ZMFBaker]Error: Scene \"" + empty + "\" couldn't be loaded .\n"))
         << r.err.toStdString();
@@ -236,14 +221,14 @@ TEST_F(BadInputSweep, NumbersOutOfEveryRange)
 
 TEST_F(BadInputSweep, OutputPathsThatCannotBeWritten)
 {
-    const QString file = write(m_dir, QStringLiteral("afile"), "keep");
+    const QString file = ZmfTest::writeFile(m_dir, QStringLiteral("afile"), "keep");
     const QStringList pos{QStringLiteral("position"), boxLow(), QStringLiteral("--output-size"), QStringLiteral("5,5")};
 
     // A file where the folder should be.
     auto r = runZmfbaker(pos + QStringList{"--output-path", file});
     EXPECT_EQ(r.exitCode, 0);
     EXPECT_EQ(r.err, "[ERROR][ZMFBaker]Writing file \"" + file + "/box_low_position.png\" failed.\n");
-    EXPECT_EQ(readAll(file), "keep");
+    EXPECT_EQ(ZmfTest::readFile(file), "keep");
 
     // A missing folder is not made.
     r = runZmfbaker(pos + QStringList{"--output-path", m_dir + "/missing"});
@@ -273,11 +258,11 @@ TEST_F(BadInputSweep, OutputPathsThatCannotBeWritten)
 
     // A read-only earlier output is replaced whole, its permissions kept.
     const QString again = ZmfTest::makeTempDir();
-    const QString earlier = write(again, QStringLiteral("box_low_position.png"), "old");
+    const QString earlier = ZmfTest::writeFile(again, QStringLiteral("box_low_position.png"), "old");
     QFile::setPermissions(earlier, QFileDevice::ReadOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther);
     r = runZmfbaker(pos + QStringList{"--output-path", again});
     EXPECT_EQ(r.err, "");
-    EXPECT_TRUE(readAll(earlier).startsWith("\x89PNG"));
+    EXPECT_TRUE(ZmfTest::readFile(earlier).startsWith("\x89PNG"));
     EXPECT_FALSE(QFileInfo(earlier).isWritable() && ::geteuid() != 0);
     EXPECT_EQ(files(again), QStringList{"box_low_position.png"});
 }
@@ -290,7 +275,7 @@ TEST_F(BadInputSweep, TwoProcessesWritingOneName)
     const auto reference = runZmfbaker(args);
     ASSERT_EQ(reference.exitCode, 0);
     const QString output = out + QStringLiteral("/box_low_normal-world-space.tif");
-    const QByteArray good = readAll(output);
+    const QByteArray good = ZmfTest::readFile(output);
     QFile::remove(output);
 
     for (int round = 0; round < 3; ++round) {
@@ -305,7 +290,7 @@ TEST_F(BadInputSweep, TwoProcessesWritingOneName)
         ASSERT_TRUE(b.waitForFinished(120000));
         EXPECT_EQ(a.exitCode(), 0);
         EXPECT_EQ(b.exitCode(), 0);
-        EXPECT_EQ(readAll(output), good);
+        EXPECT_EQ(ZmfTest::readFile(output), good);
         EXPECT_EQ(files(out), QStringList{"box_low_normal-world-space.tif"});
     }
 }

@@ -22,12 +22,6 @@ using ProgramCommand::writeFileAtomically;
 
 namespace {
 
-QByteArray readAll(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 void writeText(const QString& path, const QByteArray& text)
 {
     QFile f(path);
@@ -54,7 +48,7 @@ TEST(AtomicFileWriter, ReplacesOnlyOnSuccessAndLeavesNoTemporaryFile)
         f.write("half");
         return false;
     }));
-    EXPECT_EQ(readAll(target), "old");
+    EXPECT_EQ(ZmfTest::readFile(target), "old");
     EXPECT_EQ(entries(dir), QStringList{"map.png"});
 
     // A writer that closes the device itself, as the image codecs do.
@@ -63,7 +57,7 @@ TEST(AtomicFileWriter, ReplacesOnlyOnSuccessAndLeavesNoTemporaryFile)
         f.close();
         return true;
     }));
-    EXPECT_EQ(readAll(target), "new");
+    EXPECT_EQ(ZmfTest::readFile(target), "new");
     EXPECT_EQ(entries(dir), QStringList{"map.png"});
     const QFileDevice::Permissions others =
         QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ReadOther | QFileDevice::WriteOther;
@@ -77,7 +71,7 @@ TEST(AtomicFileWriter, ReplacesOnlyOnSuccessAndLeavesNoTemporaryFile)
         EXPECT_EQ(QFileInfo(writer.temporaryPath()).dir(), QDir(dir));
         writer.device().write("lost");
     }
-    EXPECT_EQ(readAll(target), "new");
+    EXPECT_EQ(ZmfTest::readFile(target), "new");
     EXPECT_EQ(entries(dir), QStringList{"map.png"});
 }
 
@@ -99,7 +93,7 @@ TEST(AtomicFileWriter, TargetsThatCannotBeWritten)
     // A path through a file.
     writeText(dir + QStringLiteral("/file"), "f");
     EXPECT_FALSE(writeFileAtomically(dir + QStringLiteral("/file/map.png"), writeX));
-    EXPECT_EQ(readAll(dir + QStringLiteral("/file")), "f");
+    EXPECT_EQ(ZmfTest::readFile(dir + QStringLiteral("/file")), "f");
 
     EXPECT_FALSE(isAtomicTemporaryName(QStringLiteral("map.png")));
     EXPECT_FALSE(isAtomicTemporaryName(QStringLiteral(".map.png.zmftmp")));
@@ -126,7 +120,7 @@ TEST(AtomicOutput, KilledBakesNeverLeaveACutFile)
     const auto reference = ZmfTest::runZmfbaker(args);
     const qint64 fullRunMs = clock.elapsed();
     ASSERT_EQ(reference.exitCode, 0) << reference.err.toStdString();
-    const QByteArray good = readAll(output);
+    const QByteArray good = ZmfTest::readFile(output);
     ASSERT_GT(good.size(), 512 * 512 * 3);
 
     const unsigned seed = std::random_device{}();
@@ -160,7 +154,7 @@ TEST(AtomicOutput, KilledBakesNeverLeaveACutFile)
         ASSERT_TRUE(bake.waitForFinished(60000));
 
         if (QFileInfo::exists(output))
-            EXPECT_EQ(readAll(output), good) << "a partial file under the output name";
+            EXPECT_EQ(ZmfTest::readFile(output), good) << "a partial file under the output name";
         else
             EXPECT_FALSE(keepEarlier) << "the earlier file is gone";
         for (const QString& name : entries(dir)) {

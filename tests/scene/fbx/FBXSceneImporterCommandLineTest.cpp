@@ -20,22 +20,6 @@ QString testFile(const QString& name)
     return ZmfTest::testDataDir() + '/' + name;
 }
 
-QString writeFile(const QString& dir, const QString& name, const QByteArray& content)
-{
-    const QString path = QDir(dir).filePath(name);
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-    return path;
-}
-
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-    return file.readAll();
-}
-
 // The lines of `info` that describe the mesh rather than its file.
 QStringList meshFacts(const QString& out)
 {
@@ -84,14 +68,14 @@ TEST(FBXSceneImporterCommandLine, TruncatedCopiesFailWithTheLoadingLineAlone)
 {
     const QString dir = ZmfTest::makeTempDir();
     for (const char* name : {"box_low.fbx", "box_low.glb", "box_low.dae", "box_low.ply", "box_high.glb"}) {
-        const QByteArray content = readAll(testFile(name));
+        const QByteArray content = ZmfTest::readFile(testFile(name));
         ASSERT_GT(content.size(), 1000);
         const QString suffix = QFileInfo(name).suffix();
         const qsizetype size = content.size();
         QStringList copies, mustFail;
         for (qsizetype cut : {qsizetype(0), qsizetype(1), qsizetype(16), qsizetype(100), size / 10, size / 4,
                               size / 2, size * 3 / 4, size * 9 / 10, size - 100, size - 1}) {
-            copies << writeFile(dir, QString("%1_cut%2.%3").arg(QFileInfo(name).baseName()).arg(cut).arg(suffix),
+            copies << ZmfTest::writeFile(dir, QString("%1_cut%2.%3").arg(QFileInfo(name).baseName()).arg(cut).arg(suffix),
                                 content.left(cut));
             if (cut < size - 200 || suffix != QLatin1String("fbx"))
                 mustFail << copies.back();
@@ -123,55 +107,55 @@ TEST(FBXSceneImporterCommandLine, GarbageUnsupportedAndMeshlessFilesFail)
     // Inputs on which Assimp's own readers would never return: a PLY whose
     // "end_header" ran into the line before, and a COLLADA index list with
     // a stray character.
-    QByteArray dae = readAll(testFile("box_low.dae"));
+    QByteArray dae = ZmfTest::readFile(testFile("box_low.dae"));
     const qsizetype list = dae.indexOf("<p>");
     ASSERT_GT(list, 0);
     dae[dae.indexOf(' ', list)] = '}';
     // A GLB whose JSON chunk claims 3 GB: refused before Assimp allocates it.
-    QByteArray glb = readAll(testFile("box_low.glb"));
+    QByteArray glb = ZmfTest::readFile(testFile("box_low.glb"));
     glb[15] = char(0xb8);
     // An FBX whose compressed UV index array claims 470 M elements.
-    QByteArray fbx = readAll(testFile("box_low.fbx"));
+    QByteArray fbx = ZmfTest::readFile(testFile("box_low.fbx"));
     const qsizetype uvIndex = fbx.indexOf("UVIndex") + 7;
     ASSERT_GT(uvIndex, 7);
     ASSERT_EQ(fbx[uvIndex], 'i');
     fbx[uvIndex + 4] = char(0x1c);
     const QStringList files{
-        writeFile(dir, "huge.glb", glb),
-        writeFile(dir, "claims.fbx", fbx),
+        ZmfTest::writeFile(dir, "huge.glb", glb),
+        ZmfTest::writeFile(dir, "claims.fbx", fbx),
         // A face without indices, which Assimp's triangulation would abort on.
-        writeFile(dir, "emptyface.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+        ZmfTest::writeFile(dir, "emptyface.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
                                         "property float z\nelement face 1\nproperty list uchar int vertex_indices\n"
                                         "end_header\n0 0 0\n1 0 0\n0 1 0\n0\n"),
-        writeFile(dir, "noise.fbx", noise),
-        writeFile(dir, "runon.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+        ZmfTest::writeFile(dir, "noise.fbx", noise),
+        ZmfTest::writeFile(dir, "runon.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
                                     "property float z\nelement face 1\nproperty list uchar int vertex_indicesend_header\n"
                                     "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n"),
-        writeFile(dir, "stray.dae", dae),
+        ZmfTest::writeFile(dir, "stray.dae", dae),
         // An element name that Assimp would read as a count of 88 trillion.
-        writeFile(dir, "digits.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+        ZmfTest::writeFile(dir, "digits.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
                                      "property float z\nelement 88888888888888face 1\n"
                                      "property list uchar int vertex_indices\nend_header\n"
                                      "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n"),
-        writeFile(dir, "noise.glb", noise),
+        ZmfTest::writeFile(dir, "noise.glb", noise),
         // Header lines no writer writes, on which Assimp's PLY reader frees
         // what it did not allocate.
-        writeFile(dir, "mixed.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty fl\nproperty float x\n"
+        ZmfTest::writeFile(dir, "mixed.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty fl\nproperty float x\n"
                                     "propertmat ascii 1.0\nend_header\n0\n1\n2\n"),
-        writeFile(dir, "version.ply", "ply\nformat ascii 2.0\nelement vertex 1\nproperty float x\nend_header\n0\n"),
+        ZmfTest::writeFile(dir, "version.ply", "ply\nformat ascii 2.0\nelement vertex 1\nproperty float x\nend_header\n0\n"),
         // A PLY under another name, its header cut: the glTF reader passes
         // it on, and Assimp's PLY reader would loop on it.
-        writeFile(dir, "ply.glb", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nelement face 1\n"
+        ZmfTest::writeFile(dir, "ply.glb", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nelement face 1\n"
                                   "property list uchar int vertex_indices}}}}0 1 2\n"),
-        writeFile(dir, "noise.3ds", noise),
-        writeFile(dir, "noise.dae", noise),
-        writeFile(dir, "text.ply", "ply\nformat ascii 1.0\nelement vertex 3\nend_header\nnot numbers\n"),
+        ZmfTest::writeFile(dir, "noise.3ds", noise),
+        ZmfTest::writeFile(dir, "noise.dae", noise),
+        ZmfTest::writeFile(dir, "text.ply", "ply\nformat ascii 1.0\nelement vertex 3\nend_header\nnot numbers\n"),
         // An FBX of the 6.1 kind, which Assimp does not read.
-        writeFile(dir, "old.fbx", QByteArray("Kaydara FBX Binary  \0\x1a\0", 23) + QByteArray("\xd4\x17\0\0", 4)
+        ZmfTest::writeFile(dir, "old.fbx", QByteArray("Kaydara FBX Binary  \0\x1a\0", 23) + QByteArray("\xd4\x17\0\0", 4)
                                       + QByteArray(300, '\0')),
-        writeFile(dir, "future.gltf", R"({"asset":{"version":"3.0"},"scenes":[{"nodes":[0]}],"nodes":[{"name":"n"}]})"),
-        writeFile(dir, "nomesh.gltf", R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[0]}],"nodes":[{"name":"n"}]})"),
-        writeFile(dir, "lines.dxf", "0\nSECTION\n2\nENTITIES\n0\nLINE\n8\n0\n10\n0\n20\n0\n30\n0\n11\n1\n21\n1\n31\n1\n"
+        ZmfTest::writeFile(dir, "future.gltf", R"({"asset":{"version":"3.0"},"scenes":[{"nodes":[0]}],"nodes":[{"name":"n"}]})"),
+        ZmfTest::writeFile(dir, "nomesh.gltf", R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[0]}],"nodes":[{"name":"n"}]})"),
+        ZmfTest::writeFile(dir, "lines.dxf", "0\nSECTION\n2\nENTITIES\n0\nLINE\n8\n0\n10\n0\n20\n0\n30\n0\n11\n1\n21\n1\n31\n1\n"
                                     "0\nENDSEC\n0\nEOF\n"),
     };
     const ZmfTest::ProcessResult info = ZmfTest::runZmfbaker(QStringList{"info"} + files);
