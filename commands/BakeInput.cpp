@@ -135,6 +135,16 @@ Ond::SceneGraph::SceneSPtr loadHighScenes(Vrn::Baking::BakingContext& context, c
     return combined;
 }
 
+HighSource highSourceOf(Ond::Baking::AbstractMapBaker& baker)
+{
+    if (!dynamic_cast<Ond::Baking::DetailMapBaker*>(&baker))
+        return HighSource::None;
+    const Ond::Baking::PropertyBag& bag = baker.properties();
+    if (bag.contains("Detail.LowAsHigh") && bag["Detail.LowAsHigh"].valueAs<bool>())
+        return HighSource::Low;
+    return HighSource::Files;
+}
+
 bool applyTangentSpaceSettings(const BakerSettingsMap& settings)
 {
     QString plugin = settings.getString(QStringLiteral("tangent-space-plugin"), QString());
@@ -158,11 +168,9 @@ Ond::SceneGraph::SceneSPtr highSceneFor(Ond::Baking::AbstractMapBaker& baker, Vr
                                         bool& failed)
 {
     failed = false;
-    if (!dynamic_cast<Ond::Baking::DetailMapBaker*>(&baker))
-        return nullptr;
-    const Ond::Baking::PropertyBag& bag = baker.properties();
-    if (bag.contains("Detail.LowAsHigh") && bag["Detail.LowAsHigh"].valueAs<bool>())
-        return low;
+    const HighSource source = highSourceOf(baker);
+    if (source != HighSource::Files)
+        return source == HighSource::Low ? low : nullptr;
     if (highMeshes.isEmpty()) {
         zmfBakerChannel().error(QStringLiteral("Error: No high poly scene given."));
         failed = true;

@@ -60,6 +60,11 @@ Ond::SceneGraph::SceneSPtr loadScene(Vrn::Baking::BakingContext& context, const 
 // texture baker, which reads them; the least for the curvature baker.
 uint32_t highLoadFlags(const std::string& bakerIdentifier);
 
+// What a baker bakes from: nothing (a low-poly baker), the low mesh itself
+// (a detail baker told to use it as high), or high mesh files.
+enum class HighSource { None, Low, Files };
+HighSource highSourceOf(Ond::Baking::AbstractMapBaker& baker);
+
 // All high meshes under one scene. Null if the run was cancelled or a file
 // holds no triangles (said on the log). A file that can't be loaded is named
 // on the log, then throws std::runtime_error: the whole run stops there.

@@ -15,7 +15,6 @@
 #include "baking/BakerCatalogue.h"
 #include "baking/BakingContext.h"
 #include "baking/GLMapBakerManager.h"
-#include "baking/detail/DetailMapBaker.h"
 #include "image/UDIMNumbering.h"
 #include "program/LogChannel.h"
 #include "scene/load/SceneMgr.h"
@@ -205,11 +204,9 @@ private:
     Ond::SceneGraph::SceneSPtr highSceneOf(Ond::Baking::AbstractMapBaker& baker, bool& failed)
     {
         failed = false;
-        if (!dynamic_cast<Ond::Baking::DetailMapBaker*>(&baker))
-            return nullptr;
-        const Ond::Baking::PropertyBag& bag = baker.properties();
-        if (bag.contains("Detail.LowAsHigh") && bag["Detail.LowAsHigh"].valueAs<bool>())
-            return m_low;
+        const HighSource source = highSourceOf(baker);
+        if (source != HighSource::Files)
+            return source == HighSource::Low ? m_low : nullptr;
         QStringList highMeshes =
             normalizePaths(m_settings.getStringList(QStringLiteral("highdef-mesh"), QStringList()));
         if (highMeshes.isEmpty())
