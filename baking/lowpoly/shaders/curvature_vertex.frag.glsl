@@ -15,6 +15,18 @@ vec2 packedUv(float key, float invh)
     return vec2(fract(key), (floor(key) + 0.5) * invh);
 }
 
+// Towards the group's i-th neighbour: the offset `d` to it and the normal
+// curvature along it.
+float neighbour(float first, int i, vec3 p, vec3 n, out vec3 d)
+{
+    float key = OND_SAMPLELOD(smpconn, packedUv(first + float(i) * invw, invh1), 0.0).r;
+    vec2 uvn = packedUv(key, invh0);
+    vec3 pi = OND_SAMPLELOD(smpposnrm, uvn, 0.0).xyz;
+    vec3 ni = OND_SAMPLELOD(smpposnrm, uvn + vec2(invw * 0.5, 0.0), 0.0).xyz;
+    d = pi - p;
+    return -dot(d, ni - n) / dot(d, d);
+}
+
 void main()
 {
     vec4 pos = OND_SAMPLELOD(smpposnrm, vec2(texCoord.x - invw * 0.25, texCoord.y), 0.0);
@@ -26,12 +38,8 @@ void main()
     float km = -10000.0;
     vec3 tm = vec3(0.0);
     for (int i = 0; i < nbconn; ++i) {
-        float key = OND_SAMPLELOD(smpconn, packedUv(pos.w + float(i) * invw, invh1), 0.0).r;
-        vec2 uvn = packedUv(key, invh0);
-        vec3 pi = OND_SAMPLELOD(smpposnrm, uvn, 0.0).xyz;
-        vec3 ni = OND_SAMPLELOD(smpposnrm, uvn + vec2(invw * 0.5, 0.0), 0.0).xyz;
-        vec3 d = pi - p;
-        float k = -dot(d, ni - n) / dot(d, d);
+        vec3 d;
+        float k = neighbour(pos.w, i, p, n, d);
         if (k > km) {
             km = k;
             tm = normalize(d - n * dot(d, n));
@@ -40,12 +48,8 @@ void main()
 
     float a11 = 0.0, a12 = 0.0, a22 = 0.0, a13 = 0.0, a23 = 0.0;
     for (int i = 0; i < nbconn; ++i) {
-        float key = OND_SAMPLELOD(smpconn, packedUv(pos.w + float(i) * invw, invh1), 0.0).r;
-        vec2 uvn = packedUv(key, invh0);
-        vec3 pi = OND_SAMPLELOD(smpposnrm, uvn, 0.0).xyz;
-        vec3 ni = OND_SAMPLELOD(smpposnrm, uvn + vec2(invw * 0.5, 0.0), 0.0).xyz;
-        vec3 d = pi - p;
-        float k = -dot(d, ni - n) / dot(d, d);
+        vec3 d;
+        float k = neighbour(pos.w, i, p, n, d);
         vec3 t = normalize(d - n * dot(d, n));
         float c = dot(tm, t);
         float s = length(cross(t, tm));
