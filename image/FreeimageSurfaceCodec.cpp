@@ -3,6 +3,7 @@
 #include "image/FreeimageFormatTable.h"
 #include "image/FreeimageLibrary.h"
 #include "image/FreeimageSurfaceCodecFactory.h"
+#include "image/PngEncoder.h"
 #include "image/TGAGrayscaleCodec.h"
 #include "program/LogChannel.h"
 
@@ -20,6 +21,9 @@ using Surfaces::PixelFormat;
 using Surfaces::Surface;
 
 namespace {
+
+// 72 dots per inch, which the library gives every bitmap it allocates.
+constexpr uint32_t LibraryDefaultDotsPerMeter = 2835;
 
 // Owns a bitmap until released.
 struct BitmapDeleter
@@ -376,32 +380,67 @@ QByteArray FreeimageSurfaceCodec::xmpPacket(uint32_t width, uint32_t height, con
     return packet.arg(width).arg(height).arg(xdpi).arg(ydpi).toUtf8();
 }
 
-void FreeimageSurfaceCodec::attachMetadata(FIBITMAP* bitmap, uint32_t width, uint32_t height) const
+FreeimageSurfaceCodec::FileMetadata FreeimageSurfaceCodec::fileMetadata(uint32_t width, uint32_t height) const
 {
-    setAsciiTag(bitmap, FIMD_XMP, "XMLPacket", xmpPacket(width, height, m_options));
+    FileMetadata metadata;
+    metadata.xmp = xmpPacket(width, height, m_options);
 
-    unsigned dpmX = 2834, dpmY = 2834;
+    metadata.dotsPerMeterX = metadata.dotsPerMeterY = 2834;
     const QSizeF size = physicalSize(m_options);
     if (!size.isEmpty()) {
-        dpmX = unsigned(width * 100.0 / size.width());
-        dpmY = unsigned(height * 100.0 / size.height());
+        metadata.dotsPerMeterX = unsigned(width * 100.0 / size.width());
+        metadata.dotsPerMeterY = unsigned(height * 100.0 / size.height());
     }
-    FreeImage_SetDotsPerMeterX(bitmap, dpmX);
-    FreeImage_SetDotsPerMeterY(bitmap, dpmY);
+    const QVariant ppm = m_options.value(QStringLiteral("PixelsPerMeter"));
+    if (ppm.isValid() && !ppm.toSizeF().isEmpty()) {
+        metadata.dotsPerMeterX = unsigned(ppm.toSizeF().width());
+        metadata.dotsPerMeterY = unsigned(ppm.toSizeF().height());
+    }
 
     const QString description = m_options.value(QStringLiteral("Description")).toString();
     if (!description.isEmpty())
-        setAsciiTag(bitmap, FIMD_COMMENTS, "Comment", description.toUtf8());
+        metadata.comment = description.toUtf8();
+    metadata.icc = m_options.value(QStringLiteral("ICCProfile")).toByteArray();
+    return metadata;
+}
 
-    const QByteArray icc = m_options.value(QStringLiteral("ICCProfile")).toByteArray();
-    if (!icc.isEmpty())
-        FreeImage_CreateICCProfile(bitmap, const_cast<char*>(icc.constData()), long(icc.size()));
+void FreeimageSurfaceCodec::attachMetadata(FIBITMAP* bitmap, const FileMetadata& metadata) const
+{
+    setAsciiTag(bitmap, FIMD_XMP, "XMLPacket", metadata.xmp);
+    FreeImage_SetDotsPerMeterX(bitmap, metadata.dotsPerMeterX);
+    FreeImage_SetDotsPerMeterY(bitmap, metadata.dotsPerMeterY);
+    if (!metadata.comment.isEmpty())
+        setAsciiTag(bitmap, FIMD_COMMENTS, "Comment", metadata.comment);
+    if (!metadata.icc.isEmpty())
+        FreeImage_CreateICCProfile(bitmap, const_cast<char*>(metadata.icc.constData()), long(metadata.icc.size()));
+}
 
-    const QVariant ppm = m_options.value(QStringLiteral("PixelsPerMeter"));
-    if (ppm.isValid() && !ppm.toSizeF().isEmpty()) {
-        FreeImage_SetDotsPerMeterX(bitmap, unsigned(ppm.toSizeF().width()));
-        FreeImage_SetDotsPerMeterY(bitmap, unsigned(ppm.toSizeF().height()));
+bool FreeimageSurfaceCodec::writePng(const Surface& surface, PixelFormat format, int flags)
+{
+    Image::PngMetadata metadata;
+    if (m_options.isEmpty()) {
+        // What the library writes for a bitmap without metadata.
+        metadata.pixelsPerMeterX = metadata.pixelsPerMeterY = LibraryDefaultDotsPerMeter;
+    } else {
+        const FileMetadata file = fileMetadata(surface.width(), surface.height());
+        metadata.pixelsPerMeterX = file.dotsPerMeterX;
+        metadata.pixelsPerMeterY = file.dotsPerMeterY;
+        metadata.xmp = file.xmp;
+        metadata.comment = file.comment;
     }
+    // The library's reading of its flags: a level in the low bits, 6 without.
+    const int level = (flags & PNG_Z_NO_COMPRESSION) == PNG_Z_NO_COMPRESSION ? 0
+                      : (flags & 0x0F) != 0                                ? (flags & 0x0F)
+                                                                             : 6;
+    if (surface.format() == format)
+        return Image::PngEncoder::encode(surface, metadata, level, *m_device);
+    Surface converted;
+    try {
+        Surfaces::convert(surface, converted, format);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    return Image::PngEncoder::encode(converted, metadata, level, *m_device);
 }
 
 bool FreeimageSurfaceCodec::write(const QSharedPointer<Surface>& surface)
@@ -446,6 +485,12 @@ bool FreeimageSurfaceCodec::writeBitmap(const Surface& surface)
         return false;
     if (dropAlpha && Surfaces::channelCount(target.format) == 4)
         target.format = Surfaces::withChannels(target.format, 3);
+
+    const int flags = saveFlags(fif, m_options);
+    // libpng checks ICC profiles before it stores them: those stay with it.
+    if (fif == FIF_PNG && !custom && !(flags & PNG_INTERLACED) && Image::PngEncoder::canEncode(target.format)
+        && m_options.value(QStringLiteral("ICCProfile")).toByteArray().isEmpty())
+        return writePng(surface, target.format, flags);
 
     const PixelFormat copyFormat = memoryFormat(target.format);
     const BitmapLayout layout = FreeimageFormatTable::bitmapLayout(copyFormat);
@@ -508,9 +553,8 @@ bool FreeimageSurfaceCodec::writeBitmap(const Surface& surface)
     }
 
     if (!m_options.isEmpty())
-        attachMetadata(bitmap.get(), width, height);
+        attachMetadata(bitmap.get(), fileMetadata(width, height));
 
-    const int flags = saveFlags(fif, m_options);
     if (custom)
         return custom->save(library->io(), bitmap.get(), FreeimageLibrary::handle(m_device), 0, flags);
     return FreeImage_SaveToHandle(fif, bitmap.get(), library->io(), FreeimageLibrary::handle(m_device), flags);

@@ -2,7 +2,8 @@
 // Reads and writes one device through the FreeImage library. Writing picks
 // a bitmap type the file type can store (FreeimageFormatTable), converts,
 // attaches size and colour metadata and sets the save flags from the
-// options; grey TGA goes through TGAGrayscaleCodec.
+// options; grey TGA goes through TGAGrayscaleCodec, and PNG files of
+// stored formats through PngEncoder, which deflates on every core.
 
 #include "image/SurfaceCodec.h"
 
@@ -35,7 +36,19 @@ private:
     bool isPlausibleSize(FREE_IMAGE_FORMAT fif) const;
     bool writeBitmap(const Surfaces::Surface& surface);
     bool readBitmap(QSharedPointer<Surfaces::Surface>& result);
-    void attachMetadata(FIBITMAP* bitmap, uint32_t width, uint32_t height) const;
+    bool writePng(const Surfaces::Surface& surface, Surfaces::PixelFormat format, int flags);
+
+    // What the options put in a written file besides the pixels.
+    struct FileMetadata
+    {
+        QByteArray xmp;
+        unsigned dotsPerMeterX = 0;
+        unsigned dotsPerMeterY = 0;
+        QByteArray comment;
+        QByteArray icc;
+    };
+    FileMetadata fileMetadata(uint32_t width, uint32_t height) const;
+    void attachMetadata(FIBITMAP* bitmap, const FileMetadata& metadata) const;
 };
 
 } // namespace Ond::Image::Plugins

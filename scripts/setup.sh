@@ -9,7 +9,7 @@ packages=(
   # libraries
   qt6-base-dev libqt6opengl6-dev qt6-svg-dev qt6-base-dev-tools
   libglew-dev libegl-dev libgl-dev
-  libembree-dev libfreeimage-dev libjsoncpp-dev libboost-graph-dev libeigen3-dev
+  libembree-dev libfreeimage-dev libjsoncpp-dev libboost-graph-dev libeigen3-dev zlib1g-dev
   # headless OpenGL at run time
   xvfb libgl1-mesa-dri libglx-mesa0 libegl-mesa0
   # tests and benchmarks
