@@ -7,8 +7,14 @@
 
 #include <malloc.h>
 
+#include <QFileDevice>
 #include <QIODevice>
 #include <QObject>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 
 #include <Eigen/Geometry>
 
@@ -48,6 +54,50 @@ uint32_t nameId(std::unordered_map<std::string, uint32_t>& ids, QStringList& nam
     names.append(QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
     ids.emplace(name, id);
     return id;
+}
+
+// The line counts of one block: its lines, and the "v", "vn", "vt" and "f"
+// lines among them. A line starts the block or follows a line end inside it.
+struct BlockCounts
+{
+    uint64_t lines = 0, vertices = 0, normals = 0, texcoords = 0, faceLines = 0;
+};
+
+BlockCounts countLines(const char* p, const char* end)
+{
+    BlockCounts counts;
+    while (p < end) {
+        const char second = p + 1 < end ? p[1] : '\n';
+        if (p[0] == 'v') {
+            counts.vertices += second == ' ';
+            counts.normals += second == 'n';
+            counts.texcoords += second == 't';
+        } else if (p[0] == 'f') {
+            counts.faceLines += second == ' ';
+        }
+        ++counts.lines;
+        const void* lineEnd = std::memchr(p, '\n', size_t(end - p));
+        p = lineEnd ? static_cast<const char*>(lineEnd) + 1 : end;
+    }
+    return counts;
+}
+
+// pread until `size` bytes or the end of the file; -1 on an error.
+int64_t readAt(int fd, char* buffer, uint64_t size, uint64_t offset)
+{
+    uint64_t total = 0;
+    while (total < size) {
+        const ssize_t got = ::pread(fd, buffer + total, size - total, off_t(offset + total));
+        if (got < 0) {
+            if (errno == EINTR)
+                continue;
+            return -1;
+        }
+        if (got == 0)
+            break;
+        total += uint64_t(got);
+    }
+    return int64_t(total);
 }
 
 } // namespace
@@ -196,6 +246,16 @@ bool ObjFileParser::scan()
     }
     const uint64_t blockCount = ((static_cast<uint64_t>(fileSize) - 1) >> 20) + 1;
 
+    // A file read at offsets counts its blocks on every worker; other
+    // devices are read once in order.
+    if (auto* file = qobject_cast<QFileDevice*>(m_device)) {
+        struct stat info{};
+        const int fd = file->handle();
+        if (fd >= 0 && ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_size == fileSize
+            && file->pos() == 0)
+            return scanFile(fd, static_cast<uint64_t>(fileSize));
+    }
+
     // The counts of one block are the bases of the next; the last record
     // after the loop holds the totals.
     ObjChunk next;
@@ -256,6 +316,90 @@ bool ObjFileParser::scan()
         fail();
         return false;
     }
+    return true;
+}
+
+bool ObjFileParser::scanFile(int fd, uint64_t fileSize)
+{
+    // Blocks end where the reading loop above would end them: BlockSize
+    // bytes, then the rest of the line up to LineTail bytes. Finding the
+    // ends takes a small read per block; counting their lines is the work.
+    std::vector<uint64_t> ends;
+    ends.reserve(size_t(fileSize / BlockSize) + 2);
+    char tail[LineTail];
+    for (uint64_t offset = 0; offset < fileSize;) {
+        uint64_t end = std::min(offset + BlockSize, fileSize);
+        if (end - offset == BlockSize && end < fileSize) {
+            const int64_t got = readAt(fd, tail, LineTail, end);
+            if (got < 0) {
+                m_errors.add(ObjError::Open, QString::fromLocal8Bit(std::strerror(errno)));
+                fail();
+                return false;
+            }
+            const void* lineEnd = std::memchr(tail, '\n', size_t(got));
+            end += lineEnd ? uint64_t(static_cast<const char*>(lineEnd) - tail) + 1 : uint64_t(got);
+        }
+        ends.push_back(end);
+        offset = end;
+    }
+
+    std::vector<BlockCounts> counts(ends.size());
+    std::atomic<size_t> nextBlock{0};
+    std::atomic<bool> readFailed{false};
+    std::atomic<int> readErrno{0};
+    auto count = [&](bool reportsProgress) {
+        std::unique_ptr<char[]> buffer(new (std::nothrow) char[BufferBytes]);
+        if (!buffer) {
+            readFailed.store(true);
+            readErrno.store(ENOMEM);
+            return;
+        }
+        for (size_t b = nextBlock++; b < ends.size() && !readFailed.load() && !m_failed.load(); b = nextBlock++) {
+            const uint64_t begin = b == 0 ? 0 : ends[b - 1];
+            const int64_t got = readAt(fd, buffer.get(), ends[b] - begin, begin);
+            if (got != int64_t(ends[b] - begin)) {
+                readErrno.store(got < 0 ? errno : EIO);
+                readFailed.store(true);
+                return;
+            }
+            counts[b] = countLines(buffer.get(), buffer.get() + got);
+            if (reportsProgress)
+                setProgress(Reading, 0.1 * static_cast<double>(b + 1) / static_cast<double>(ends.size()));
+        }
+    };
+    const size_t workerCount = std::min<size_t>(Ond::Core::threadCount(), ends.size());
+    std::vector<std::thread> workers;
+    for (size_t t = 1; t < workerCount; ++t)
+        workers.emplace_back(count, false);
+    count(true);
+    for (std::thread& worker : workers)
+        worker.join();
+    if (readFailed.load()) {
+        m_errors.add(ObjError::Open, QString::fromLocal8Bit(std::strerror(readErrno.load())));
+        fail();
+        return false;
+    }
+    if (m_failed.load())
+        return false;
+
+    // The counts of one block are the bases of the next; the last record
+    // holds the totals.
+    ObjChunk next;
+    next.firstLine = 1;
+    for (size_t b = 0; b < ends.size(); ++b) {
+        ObjChunk chunk = next;
+        chunk.size = ends[b] - next.offset;
+        chunk.faceLines = counts[b].faceLines;
+        m_chunks.push_back(chunk);
+        next.vertexBase += counts[b].vertices;
+        next.normalBase += counts[b].normals;
+        next.texcoordBase += counts[b].texcoords;
+        next.offset = ends[b];
+        next.firstLine += counts[b].lines;
+    }
+    ObjChunk totals = next;
+    totals.size = 0;
+    m_chunks.push_back(totals);
     return true;
 }
 

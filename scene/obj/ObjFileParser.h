@@ -50,6 +50,7 @@ private:
     void run();
     bool open();
     bool scan();
+    bool scanFile(int fd, uint64_t fileSize);
     void parseBlocks();
     void workerLoop();
     void mergeReadyJobs();

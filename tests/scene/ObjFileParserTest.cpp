@@ -5,6 +5,7 @@
 #include "scene/obj/ObjFileParser.h"
 #include "scene/obj/ObjReindexer.h"
 
+#include <QBuffer>
 #include <QFile>
 
 #include <Eigen/Geometry>
@@ -322,6 +323,52 @@ TEST(ObjFileParser, ManyBlocksMergeInFileOrder)
         ASSERT_EQ(mesh.positions[indices[q * 6]], Eigen::Vector3f(float(q), 0, 0)) << q;
         ASSERT_EQ(mesh.positions[indices[q * 6 + 2]], Eigen::Vector3f(float(q + 1), 1, 0)) << q;
         ASSERT_EQ(mesh.texcoords[indices[q * 6 + 2]], Eigen::Vector2f(float(q + 1), 0.5f)) << q;
+    }
+}
+
+TEST(ObjFileParser, FilesAndOtherDevicesCutTheSameBlocks)
+{
+    // A file's blocks are counted at offsets on several threads, another
+    // device's in one pass; both must cut the same blocks. Lines of many
+    // lengths fall on the borders, comments longer than the tail a block
+    // may take cut a line in two, errors carry their line numbers, and the
+    // last line has no end.
+    QByteArray text;
+    bool cutLine = false;
+    for (uint32_t n = 0; text.size() < 3 * (1 << 20) + 5000; ++n) {
+        if (!cutLine && text.size() > (1 << 20) - 300) {
+            text += "# " + QByteArray(2500, 'x') + "\n"; // crosses the first border by more than the tail
+            cutLine = true;
+        }
+        text += "v " + QByteArray::number(n % 97) + " " + QByteArray::number(n % 13) + " 0\n";
+        if (n % 3 == 2)
+            text += "f -3 -2 -1\n";
+        if (n % 1000 == 500)
+            text += "# " + QByteArray(int(n % 3000), 'x') + "\n";
+        if (n % 5000 == 4999)
+            text += "vt nonsense\n";
+    }
+    text += "v 1 2 3";
+
+    const auto fromFile = parse(text);
+    QBuffer buffer(&text);
+    ObjFileParser fromBuffer(&buffer, false, nullptr);
+
+    ASSERT_FALSE(fromFile.errors().empty());
+    QStringList bufferErrors;
+    for (const ObjError& error : fromBuffer.errors())
+        bufferErrors << error.text;
+    // Blocks report in the order they finish.
+    QStringList fileErrors = fromFile.errorTexts();
+    fileErrors.sort();
+    bufferErrors.sort();
+    ASSERT_EQ(fileErrors.size(), bufferErrors.size());
+    for (qsizetype e = 0; e < fileErrors.size(); ++e)
+        ASSERT_EQ(fileErrors[e].toStdString(), bufferErrors[e].toStdString()) << e;
+    ASSERT_EQ(fromFile.meshes().size(), fromBuffer.meshes().size());
+    for (size_t m = 0; m < fromBuffer.meshes().size(); ++m) {
+        EXPECT_EQ(fromFile.meshes()[m].positions, fromBuffer.meshes()[m].positions);
+        EXPECT_EQ(indicesOf(fromFile.meshes()[m]), indicesOf(fromBuffer.meshes()[m]));
     }
 }
 
