@@ -1,5 +1,10 @@
 #include "scene/obj/ObjReindexer.h"
 
+#include "program/ThreadLimit.h"
+
+#include <algorithm>
+#include <thread>
+
 namespace Ond::SceneLoad {
 
 ObjReindexer::ObjReindexer(const ObjParseResult& result, size_t triangleCount, bool positionKeyed)
@@ -117,11 +122,45 @@ void ObjReindexer::addBlock(const ObjParseJob& job)
 
         if (!m_subMesh)
             selectSubMesh();
+        if (m_positionKeyed) {
+            // Up to the next change of names or smoothing, in one sweep.
+            size_t end = faceCount;
+            if (record != recordEnd)
+                end = std::min<size_t>(end, record->firstFace);
+            if (run != runEnd)
+                end = std::min<size_t>(end, run->first);
+            addKeyedFaces(job.faces.data() + face, end - face);
+            face = end - 1;
+            continue;
+        }
         const ObjTriangle& triangle = job.faces[face];
         std::vector<uint32_t>& indices = m_subMesh->indices;
         for (const ObjFaceVertex& corner : triangle.corners)
             indices.push_back(vertexIndex(corner));
     }
+}
+
+void ObjReindexer::addKeyedFaces(const ObjTriangle* faces, size_t count)
+{
+    // vertexIndex's position-keyed branch, without a call and a capacity
+    // check per corner: a sculpt has tens of millions of them.
+    std::vector<uint32_t>& indices = m_subMesh->indices;
+    const size_t first = indices.size();
+    indices.resize(first + count * 3);
+    uint32_t* out = indices.data() + first;
+    uint32_t* const heads = m_heads.data();
+    uint32_t made = m_vertexCounts[0];
+    for (size_t f = 0; f < count; ++f) {
+        for (const ObjFaceVertex& corner : faces[f].corners) {
+            uint32_t& head = heads[static_cast<size_t>(corner.position)];
+            if (head == 0) {
+                head = ++made;
+                m_keyedPositions.push_back(corner.position);
+            }
+            *out++ = head - 1;
+        }
+    }
+    m_vertexCounts[0] = made;
 }
 
 template <typename T, typename Source>
@@ -130,9 +169,23 @@ void ObjReindexer::gather(std::vector<T> ObjMesh::*target, std::vector<T>& attri
     for (size_t m = 0; m < m_meshes.size(); ++m)
         (m_meshes[m].*target).reserve(m_vertexCounts[m]);
     if (m_positionKeyed) {
+        // One range per thread; each vertex is written once, so the threads
+        // make what one loop would.
         std::vector<T>& out = m_meshes[0].*target;
-        for (const int32_t position : m_keyedPositions)
-            out.push_back(attribute[static_cast<size_t>(position)]);
+        out.resize(m_keyedPositions.size());
+        const size_t count = out.size();
+        const size_t ranges = std::clamp<size_t>(count >> 20, 1, Ond::Core::threadCount());
+        auto copy = [&](size_t r) {
+            const size_t end = count * (r + 1) / ranges;
+            for (size_t v = count * r / ranges; v < end; ++v)
+                out[v] = attribute[static_cast<size_t>(m_keyedPositions[v])];
+        };
+        std::vector<std::thread> threads;
+        for (size_t r = 1; r < ranges; ++r)
+            threads.emplace_back(copy, r);
+        copy(0);
+        for (std::thread& thread : threads)
+            thread.join();
     } else {
         for (size_t e = 1; e < m_entries.size(); ++e) {
             const Entry& entry = m_entries[e];

@@ -51,6 +51,7 @@ private:
     void applyRecord(const ObjGroupRecord& record);
     void selectSubMesh();
     uint32_t vertexIndex(const ObjFaceVertex& corner);
+    void addKeyedFaces(const ObjTriangle* faces, size_t count);
     template <typename T, typename Source>
     void gather(std::vector<T> ObjMesh::*target, std::vector<T>& attribute, Source source);
 
