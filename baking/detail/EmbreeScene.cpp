@@ -5,8 +5,6 @@
 
 #include "baking/detail/SecondaryRayParams.h"
 
-#include <sys/prctl.h>
-
 #include <algorithm>
 #include <string>
 
@@ -39,32 +37,6 @@ void intersectFilter(const RTCFilterFunctionNArguments* args)
             args->valid[i] = 0;
     }
 }
-
-// Embree asks for transparent huge pages for every block it maps. On a
-// virtual machine whose host takes free memory back, the first touch of a
-// huge page costs several times that of the same bytes in small pages, and
-// the build touches each byte of its tree once: small pages build faster
-// and the rays run no slower. Process-wide, so only for the build.
-class SmallPagesDuringBuild
-{
-public:
-    SmallPagesDuringBuild()
-        : m_previous(::prctl(PR_GET_THP_DISABLE, 0, 0, 0, 0))
-    {
-        if (m_previous == 0)
-            ::prctl(PR_SET_THP_DISABLE, 1, 0, 0, 0);
-    }
-    ~SmallPagesDuringBuild()
-    {
-        if (m_previous == 0)
-            ::prctl(PR_SET_THP_DISABLE, 0, 0, 0, 0);
-    }
-    SmallPagesDuringBuild(const SmallPagesDuringBuild&) = delete;
-    SmallPagesDuringBuild& operator=(const SmallPagesDuringBuild&) = delete;
-
-private:
-    int m_previous;
-};
 
 // Called by Embree's build threads; never cancels.
 bool buildProgress(void*, double fraction)
@@ -187,10 +159,7 @@ EmbreeScene::EmbreeScene(std::shared_ptr<const GrabbedMesh> mesh, RTCBuildQualit
     }
     if (Core::ConsoleProgress::instance().isEnabled())
         rtcSetSceneProgressMonitorFunction(m_scene, buildProgress, nullptr);
-    {
-        SmallPagesDuringBuild smallPages;
-        rtcCommitScene(m_scene);
-    }
+    rtcCommitScene(m_scene);
     if (rtcGetDeviceError(dev) == RTC_ERROR_OUT_OF_MEMORY) {
         rtcReleaseScene(m_scene);
         m_scene = nullptr;
