@@ -4,6 +4,7 @@
 #include "program/ThreadLimit.h"
 #include "scene/obj/ObjBlockParser.h"
 #include "scene/obj/ObjReindexer.h"
+#include "scene/obj/ObjThreads.h"
 
 #include <malloc.h>
 
@@ -80,6 +81,35 @@ BlockCounts countLines(const char* p, const char* end)
         p = lineEnd ? static_cast<const char*>(lineEnd) + 1 : end;
     }
     return counts;
+}
+
+// The counts of one block are the bases of the next; a record past the
+// last block holds the totals.
+ObjChunk firstChunk()
+{
+    ObjChunk chunk;
+    chunk.firstLine = 1;
+    return chunk;
+}
+
+void addChunk(std::vector<ObjChunk>& chunks, ObjChunk& next, uint64_t size, const BlockCounts& counts)
+{
+    ObjChunk chunk = next;
+    chunk.size = size;
+    chunk.faceLines = counts.faceLines;
+    chunks.push_back(chunk);
+    next.vertexBase += counts.vertices;
+    next.normalBase += counts.normals;
+    next.texcoordBase += counts.texcoords;
+    next.offset += size;
+    next.firstLine += counts.lines;
+}
+
+void addTotals(std::vector<ObjChunk>& chunks, const ObjChunk& next)
+{
+    ObjChunk totals = next;
+    totals.size = 0;
+    chunks.push_back(totals);
 }
 
 // pread until `size` bytes or the end of the file; -1 on an error.
@@ -256,10 +286,7 @@ bool ObjFileParser::scan()
             return scanFile(fd, static_cast<uint64_t>(fileSize));
     }
 
-    // The counts of one block are the bases of the next; the last record
-    // after the loop holds the totals.
-    ObjChunk next;
-    next.firstLine = 1;
+    ObjChunk next = firstChunk();
     char* buffer = takeBuffer();
     while (!m_device->atEnd() && !m_failed.load()) {
         qint64 got = m_device->read(buffer, static_cast<qint64>(BlockSize));
@@ -276,40 +303,14 @@ bool ObjFileParser::scan()
             if (tail > 0)
                 got += tail;
         }
-        buffer[got] = '\n';
-        buffer[got + 1] = '\0';
-
-        ObjChunk chunk = next;
-        chunk.size = static_cast<uint64_t>(got);
-        uint64_t lines = 0, faceLines = 0;
-        const char* p = buffer;
-        const char* const end = buffer + got;
-        while (p < end) {
-            if (p[0] == 'v') {
-                next.vertexBase += p[1] == ' ';
-                next.normalBase += p[1] == 'n';
-                next.texcoordBase += p[1] == 't';
-            } else if (p[0] == 'f') {
-                faceLines += p[1] == ' ';
-            }
-            ++lines;
-            p = static_cast<const char*>(std::memchr(p, '\n', end - p + 1)) + 1;
-        }
-        chunk.faceLines = faceLines;
-        m_chunks.push_back(chunk);
-
-        next.offset += chunk.size;
-        next.firstLine += lines;
+        addChunk(m_chunks, next, static_cast<uint64_t>(got), countLines(buffer, buffer + got));
         setProgress(Reading, 0.1 * static_cast<double>(m_chunks.size()) / static_cast<double>(blockCount));
     }
     releaseBuffer(buffer);
     if (m_failed.load())
         return false;
 
-    // Totals, as a record past the last block.
-    ObjChunk totals = next;
-    totals.size = 0;
-    m_chunks.push_back(totals);
+    addTotals(m_chunks, next);
 
     if (!m_device->seek(0)) {
         m_errors.add(ObjError::Open, m_device->errorString());
@@ -367,13 +368,7 @@ bool ObjFileParser::scanFile(int fd, uint64_t fileSize)
                 setProgress(Reading, 0.1 * static_cast<double>(b + 1) / static_cast<double>(ends.size()));
         }
     };
-    const size_t workerCount = std::min<size_t>(Ond::Core::threadCount(), ends.size());
-    std::vector<std::thread> workers;
-    for (size_t t = 1; t < workerCount; ++t)
-        workers.emplace_back(count, false);
-    count(true);
-    for (std::thread& worker : workers)
-        worker.join();
+    runOnThreads(std::min<size_t>(Ond::Core::threadCount(), ends.size()), [&](size_t t) { count(t == 0); });
     if (readFailed.load()) {
         m_errors.add(ObjError::Open, QString::fromLocal8Bit(std::strerror(readErrno.load())));
         fail();
@@ -382,24 +377,10 @@ bool ObjFileParser::scanFile(int fd, uint64_t fileSize)
     if (m_failed.load())
         return false;
 
-    // The counts of one block are the bases of the next; the last record
-    // holds the totals.
-    ObjChunk next;
-    next.firstLine = 1;
-    for (size_t b = 0; b < ends.size(); ++b) {
-        ObjChunk chunk = next;
-        chunk.size = ends[b] - next.offset;
-        chunk.faceLines = counts[b].faceLines;
-        m_chunks.push_back(chunk);
-        next.vertexBase += counts[b].vertices;
-        next.normalBase += counts[b].normals;
-        next.texcoordBase += counts[b].texcoords;
-        next.offset = ends[b];
-        next.firstLine += counts[b].lines;
-    }
-    ObjChunk totals = next;
-    totals.size = 0;
-    m_chunks.push_back(totals);
+    ObjChunk next = firstChunk();
+    for (size_t b = 0; b < ends.size(); ++b)
+        addChunk(m_chunks, next, ends[b] - next.offset, counts[b]);
+    addTotals(m_chunks, next);
     return true;
 }
 
@@ -641,18 +622,8 @@ void ObjFileParser::computeNormals()
                     corner.normal = corner.position;
     };
 
-    std::vector<std::thread> workers;
-    for (size_t t = 1; t < threads; ++t)
-        workers.emplace_back([&, t] { sum(count * t / threads, count * (t + 1) / threads); });
-    sum(0, count / threads);
-    for (std::thread& worker : workers)
-        worker.join();
-    workers.clear();
-    for (size_t t = 1; t < threads; ++t)
-        workers.emplace_back([&, t] { point(t); });
-    point(0);
-    for (std::thread& worker : workers)
-        worker.join();
+    runOnThreads(threads, [&](size_t t) { sum(count * t / threads, count * (t + 1) / threads); });
+    runOnThreads(threads, point);
 
     m_result.hasNormals = true;
     m_normalsComputed = true;

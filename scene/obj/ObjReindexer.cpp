@@ -1,9 +1,9 @@
 #include "scene/obj/ObjReindexer.h"
 
 #include "program/ThreadLimit.h"
+#include "scene/obj/ObjThreads.h"
 
 #include <algorithm>
-#include <thread>
 
 namespace Ond::SceneLoad {
 
@@ -80,16 +80,6 @@ void ObjReindexer::selectSubMesh()
 uint32_t ObjReindexer::vertexIndex(const ObjFaceVertex& corner)
 {
     uint32_t& head = m_heads[static_cast<size_t>(corner.position)];
-    if (m_positionKeyed) {
-        // Sculpts: no chain to walk and a quarter of the record per vertex,
-        // in the order the chains would have given.
-        if (head != 0)
-            return head - 1;
-        const uint32_t index = m_vertexCounts[0]++;
-        m_keyedPositions.push_back(corner.position);
-        head = index + 1;
-        return index;
-    }
     for (uint32_t e = head; e != 0;) {
         const Entry& entry = m_entries[e];
         if (entry.texcoord == corner.texcoord && entry.normal == corner.normal
@@ -142,8 +132,9 @@ void ObjReindexer::addBlock(const ObjParseJob& job)
 
 void ObjReindexer::addKeyedFaces(const ObjTriangle* faces, size_t count)
 {
-    // vertexIndex's position-keyed branch, without a call and a capacity
-    // check per corner: a sculpt has tens of millions of them.
+    // Sculpts: no chain to walk and a quarter of the record per vertex, in
+    // the order the chains would have given; no call and no capacity check
+    // per corner, for there are tens of millions of them.
     std::vector<uint32_t>& indices = m_subMesh->indices;
     const size_t first = indices.size();
     indices.resize(first + count * 3);
@@ -175,17 +166,11 @@ void ObjReindexer::gather(std::vector<T> ObjMesh::*target, std::vector<T>& attri
         out.resize(m_keyedPositions.size());
         const size_t count = out.size();
         const size_t ranges = std::clamp<size_t>(count >> 20, 1, Ond::Core::threadCount());
-        auto copy = [&](size_t r) {
+        runOnThreads(ranges, [&](size_t r) {
             const size_t end = count * (r + 1) / ranges;
             for (size_t v = count * r / ranges; v < end; ++v)
                 out[v] = attribute[static_cast<size_t>(m_keyedPositions[v])];
-        };
-        std::vector<std::thread> threads;
-        for (size_t r = 1; r < ranges; ++r)
-            threads.emplace_back(copy, r);
-        copy(0);
-        for (std::thread& thread : threads)
-            thread.join();
+        });
     } else {
         for (size_t e = 1; e < m_entries.size(); ++e) {
             const Entry& entry = m_entries[e];
