@@ -25,6 +25,7 @@ constexpr uint32_t WindowBytes = 32768;
 // Below this many filtered bytes a band is not worth a thread.
 constexpr uint64_t MinimumBandBytes = 1u << 20;
 constexpr size_t MaximumChunkBytes = 1u << 20;
+constexpr size_t ZlibHeaderBytes = 2;
 
 enum Filter : uint8_t { None = 0, Sub = 1, Up = 2, Average = 3, Paeth = 4 };
 
@@ -182,7 +183,8 @@ struct Band
 
 // A raw deflate of the band that continues the previous one: primed with
 // the bytes before it, ended on a byte boundary, or with the final block.
-void deflateBand(Band& band, const uint8_t* filtered, int level, bool filtering, bool last)
+// The output starts after `reserved` bytes, left for the zlib header.
+void deflateBand(Band& band, const uint8_t* filtered, int level, bool filtering, bool last, size_t reserved)
 {
     z_stream z{};
     if (deflateInit2(&z, level, Z_DEFLATED, -15, 8, filtering ? Z_FILTERED : Z_DEFAULT_STRATEGY) != Z_OK)
@@ -193,14 +195,14 @@ void deflateBand(Band& band, const uint8_t* filtered, int level, bool filtering,
     }
     const size_t inputBytes = band.end - band.begin;
     try {
-        band.deflated.resize(deflateBound(&z, uLong(inputBytes)) + 64);
+        band.deflated.resize(reserved + deflateBound(&z, uLong(inputBytes)) + 64);
     } catch (const std::bad_alloc&) {
         deflateEnd(&z);
         return;
     }
     // zlib counts in 32 bits: feed and drain in pieces.
     constexpr size_t Piece = 1u << 30;
-    size_t fed = 0, written = 0;
+    size_t fed = 0, written = reserved;
     int status = Z_OK;
     for (;;) {
         const size_t in = std::min(Piece, inputBytes - fed);
@@ -351,7 +353,8 @@ bool PngEncoder::encode(const Surfaces::Surface& surface, const PngMetadata& met
     });
     const size_t lastBand = bands.size() - 1;
     forEachBand([&](Band& band) {
-        deflateBand(band, filtered.get(), level, filtering, &band == &bands[lastBand]);
+        deflateBand(band, filtered.get(), level, filtering, &band == &bands[lastBand],
+                    &band == &bands.front() ? ZlibHeaderBytes : 0);
     });
     uLong adler = bands.front().adler;
     for (size_t b = 0; b < bands.size(); ++b) {
@@ -393,12 +396,8 @@ bool PngEncoder::encode(const Surfaces::Surface& surface, const PngMetadata& met
 
     const uint16_t cmf = 0x7800 | uint16_t(zlibLevelFlags(level) << 6);
     const uint16_t zlibHeader = uint16_t(cmf + 31 - cmf % 31);
-    std::vector<uint8_t> first;
-    first.reserve(2 + bands.front().deflated.size());
-    first.push_back(uint8_t(zlibHeader >> 8));
-    first.push_back(uint8_t(zlibHeader));
-    first.insert(first.end(), bands.front().deflated.begin(), bands.front().deflated.end());
-    bands.front().deflated = std::move(first);
+    bands.front().deflated[0] = uint8_t(zlibHeader >> 8);
+    bands.front().deflated[1] = uint8_t(zlibHeader);
     uint8_t trailer[4];
     putBigEndian(trailer, uint32_t(adler));
     bands.back().deflated.insert(bands.back().deflated.end(), trailer, trailer + 4);
